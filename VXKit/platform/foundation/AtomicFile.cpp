@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: MIT
+#include <VXKit/platform/foundation/AtomicFile.h>
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+class FileDescriptor {
+public:
+    explicit FileDescriptor(int descriptor) : m_descriptor(descriptor) {}
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    ~FileDescriptor() { close(); }
+
+    [[nodiscard]] int get() const { return m_descriptor; }
+    [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
+
+    /// Closes and tells whether that went well: some file systems report a full disk only here.
+    bool close() {
+        const int descriptor = std::exchange(m_descriptor, -1);
+        return descriptor < 0 || ::close(descriptor) == 0;
+    }
+
+private:
+    int m_descriptor;
+};
+
+/// A failed step, in words: "/home/me/a.plist: cannot write: No space left on device".
+QString failure(const QByteArray& path, const char* step) {
+    return QStringLiteral("%1: cannot %2: %3")
+        .arg(QFile::decodeName(path), QString::fromLatin1(step), QString::fromLocal8Bit(std::strerror(errno)));
+}
+
+/// Where the content of `path` really lies: the end of its chain of links, the last of which may lead to a file that
+/// is not there yet. Empty when the chain is a circle or cannot be followed.
+QByteArray targetOfLinks(QByteArray path) {
+    for (int links = 0; links < 40; ++links) {
+        char target[PATH_MAX];
+        const ssize_t length = ::readlink(path.constData(), target, sizeof target);
+        if (length < 0) {
+            return errno == EINVAL || errno == ENOENT ? path : QByteArray();
+        }
+        const QByteArray next(target, length);
+        const qsizetype slash = path.lastIndexOf('/');
+        path = next.startsWith('/') || slash < 0 ? next : path.left(slash + 1) + next;
+    }
+    errno = ELOOP;
+    return {};
+}
+
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
+            errno = written == 0 ? ENOSPC : errno;
+            return false;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+bool syncFolder(const QByteArray& folder) {
+    const FileDescriptor descriptor(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // Some file systems cannot sync a folder and say so with EINVAL; there the rename is as durable as it gets.
+    return descriptor.isOpen() && (::fsync(descriptor.get()) == 0 || errno == EINVAL);
+}
+
+mode_t currentUmask() {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return mask;
+}
+
+} // namespace
+
+bool VXWriteFileAtomically(const QString& path, std::string_view bytes, NSError* error) {
+    const QByteArray given = QFile::encodeName(path);
+    const auto fail = [&](const char* step) {
+        NSSetError(error, failure(given, step));
+        return false;
+    };
+    if (given.isEmpty() || given.contains('\0')) {
+        errno = EINVAL;
+        return fail("write a file of that name");
+    }
+    const QByteArray target = targetOfLinks(given);
+    if (target.isEmpty()) {
+        return fail("follow its links");
+    }
+
+    struct stat old {};
+    const bool exists = ::stat(target.constData(), &old) == 0;
+    if (exists && !S_ISREG(old.st_mode)) {
+        errno = S_ISDIR(old.st_mode) ? EISDIR : EINVAL;
+        return fail("replace it");
+    }
+
+    const qsizetype slash = target.lastIndexOf('/');
+    const QByteArray folder = slash < 0 ? QByteArray(".") : target.left(std::max<qsizetype>(slash, 1));
+    QByteArray temporary = (slash < 0 ? QByteArray() : target.left(slash + 1)) + ".vxkit-XXXXXX";
+    FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+    if (!file.isOpen()) {
+        return fail("create a file beside it");
+    }
+    const auto giveUp = [&](const char* step) {
+        const int reason = errno;
+        ::unlink(temporary.constData());
+        errno = reason;
+        return fail(step);
+    };
+
+    // The owner first: giving a file away clears its set-id bits. A process that may not give files away keeps its own
+    // name on the new one, as every editor does.
+    if (exists && (old.st_uid != ::geteuid() || old.st_gid != ::getegid())) {
+        [[maybe_unused]] const int ignored = ::fchown(file.get(), old.st_uid, old.st_gid);
+    }
+    const mode_t mode = exists ? (old.st_mode & 07777) : (0666 & ~currentUmask());
+    if (::fchmod(file.get(), mode) != 0) {
+        return giveUp("set the mode of the file beside it");
+    }
+    if (!writeAll(file.get(), bytes)) {
+        return giveUp("write");
+    }
+    if (::fsync(file.get()) != 0 || !file.close()) {
+        return giveUp("bring it to the disk");
+    }
+    if (::rename(temporary.constData(), target.constData()) != 0) {
+        return giveUp("replace it");
+    }
+    return syncFolder(folder) || fail("bring its folder to the disk");
+}
+
+std::optional<std::string> VXReadFile(const QString& path, NSError* error) {
+    const QByteArray name = QFile::encodeName(path);
+    const auto fail = [&](const char* step) {
+        NSSetError(error, failure(name, step));
+        return std::nullopt;
+    };
+    if (name.isEmpty() || name.contains('\0')) {
+        errno = ENOENT;
+        return fail("read a file of that name");
+    }
+    // Without O_NONBLOCK, opening a pipe waits for somebody to write into it.
+    const FileDescriptor file(::open(name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file.isOpen()) {
+        return fail("open");
+    }
+    struct stat status {};
+    if (::fstat(file.get(), &status) != 0) {
+        return fail("read");
+    }
+    if (!S_ISREG(status.st_mode)) {
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+        return fail("read as a file");
+    }
+    // One byte more than it is said to hold, so that its end is met without growing.
+    std::string content(static_cast<std::size_t>(status.st_size) + 1, '\0');
+    std::size_t filled = 0;
+    for (;;) {
+        if (filled == content.size()) {
+            content.resize(2 * filled);
+        }
+        const ssize_t count = ::read(file.get(), content.data() + filled, content.size() - filled);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            return fail("read");
+        }
+        if (count == 0) {
+            content.resize(filled);
+            return content;
+        }
+        filled += static_cast<std::size_t>(count);
+    }
+}

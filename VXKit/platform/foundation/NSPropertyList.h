@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/foundation/NSDate.h>
+#include <VXKit/platform/foundation/NSError.h>
+
+#include <QExplicitlySharedDataPointer>
+#include <QSharedData>
+#include <QString>
+
+#include <concepts>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+class NSPropertyList;
+
+/// Bytes. AppKit: `NSData`.
+using NSData = std::vector<std::uint8_t>;
+
+/// An ordered list of property-list values. AppKit: `NSArray`.
+using NSArray = std::vector<NSPropertyList>;
+
+/// The key of a dictionary entry: immutable UTF-8 text, shared between the dictionaries that hold it.
+///
+/// A file of a hundred thousand records names the same handful of keys over and over, so a key is one pointer and
+/// copying it copies no text.
+class VXKIT_EXPORT NSDictionaryKey {
+public:
+    explicit NSDictionaryKey(std::string_view text);
+
+    [[nodiscard]] std::string_view text() const { return m_shared->text; }
+
+    friend bool operator==(const NSDictionaryKey& left, const NSDictionaryKey& right) {
+        return left.m_shared == right.m_shared || left.text() == right.text();
+    }
+
+private:
+    struct Shared : QSharedData {
+        explicit Shared(std::string_view value) : text(value) {}
+        std::string text;
+    };
+    QExplicitlySharedDataPointer<Shared> m_shared;
+};
+
+/// Property-list values under text keys, in the order in which the keys were first set. AppKit: `NSDictionary`.
+///
+/// Entries lie flat in one block, because a record has few of them: a look-up compares keys one after the other. For
+/// thousands of keys in one dictionary build a map of your own over it. Two dictionaries are equal when they hold equal
+/// values under the same keys, whatever the order.
+class VXKIT_EXPORT NSDictionary {
+public:
+    struct Entry;
+    using const_iterator = const Entry*;
+
+    NSDictionary();
+    /// The later of two entries with the same key wins.
+    NSDictionary(std::initializer_list<std::pair<std::string_view, NSPropertyList>> entries);
+    NSDictionary(const NSDictionary& other);
+    NSDictionary(NSDictionary&& other) noexcept;
+    NSDictionary& operator=(const NSDictionary& other);
+    NSDictionary& operator=(NSDictionary&& other) noexcept;
+    ~NSDictionary();
+
+    [[nodiscard]] std::size_t count() const;
+    [[nodiscard]] bool isEmpty() const { return count() == 0; }
+
+    /// The value under `key`, or null; borrowed until the dictionary changes. AppKit: `-objectForKey:`.
+    [[nodiscard]] const NSPropertyList* objectForKey(std::string_view key) const;
+
+    /// The value under `key` where it is of type T, else null: `objectOfType<std::string>("title")`.
+    template <class T>
+    [[nodiscard]] const T* objectOfType(std::string_view key) const;
+
+    /// Puts `object` under `key`, in place of what was there. AppKit: `-setObject:forKey:`.
+    void setObject(NSPropertyList object, std::string_view key);
+
+    /// Takes the entry of `key` away; does nothing where there is none. AppKit: `-removeObjectForKey:`.
+    void removeObjectForKey(std::string_view key);
+
+    [[nodiscard]] const_iterator begin() const;
+    [[nodiscard]] const_iterator end() const;
+
+    /// Reads the dictionary at the top of a property-list file of any form. Anything else (no such file, not a regular
+    /// file, malformed, another type at the top) gives nothing, and the reason goes to the log with the file's path.
+    /// AppKit: `+dictionaryWithContentsOfFile:`.
+    [[nodiscard]] static std::optional<NSDictionary> dictionaryWithContentsOfFile(const QString& path);
+
+    /// Writes the XML form to `path`. With `atomically`, the file there is whole at every moment: the old one until the
+    /// new one has reached the disk. False when nothing was written; the reason goes to the log with the file's path.
+    /// AppKit: `-writeToFile:atomically:`.
+    bool writeToFile(const QString& path, bool atomically) const;
+
+    /// Appends an entry without looking whether its key is there already: for readers, which look themselves.
+    void appendEntry(NSDictionaryKey key, NSPropertyList object);
+    void reserve(std::size_t count);
+
+    friend VXKIT_EXPORT bool operator==(const NSDictionary& left, const NSDictionary& right);
+
+private:
+    std::vector<Entry> m_entries;
+};
+
+/// One value of a property list: dictionary, array, string, date, number, boolean or data.
+///
+/// A value type that owns all it holds. Strings are UTF-8. Numbers keep their kind: a whole number that fits is a
+/// signed 64-bit integer, one above 2^63 − 1 an unsigned one, everything else a double; a boolean is no number, and an
+/// absent value is no value (use a pointer or `std::optional`).
+class VXKIT_EXPORT NSPropertyList {
+public:
+    using Variant =
+        std::variant<bool, std::int64_t, std::uint64_t, double, NSDate, std::string, NSData, NSArray, NSDictionary>;
+
+    NSPropertyList(std::same_as<bool> auto value) : m_value(bool(value)) {}
+    /// Any other integer type; held signed wherever it fits, so that equal numbers are equal values.
+    template <std::integral T>
+        requires(!std::same_as<T, bool>)
+    NSPropertyList(T value) : m_value(wholeNumber(value)) {}
+    NSPropertyList(double value) : m_value(value) {}
+    NSPropertyList(NSDate value) : m_value(value) {}
+    NSPropertyList(std::string value) : m_value(std::move(value)) {}
+    NSPropertyList(std::string_view value) : m_value(std::string(value)) {}
+    NSPropertyList(const char* value) : m_value(std::string(value)) {}
+    NSPropertyList(const QString& value) : m_value(value.toStdString()) {}
+    NSPropertyList(NSData value) : m_value(std::move(value)) {}
+    NSPropertyList(NSArray value) : m_value(std::move(value)) {}
+    NSPropertyList(NSDictionary value) : m_value(std::move(value)) {}
+
+    [[nodiscard]] const Variant& variant() const { return m_value; }
+
+    /// The value where it is of type T, else null.
+    template <class T>
+    [[nodiscard]] const T* as() const {
+        return std::get_if<T>(&m_value);
+    }
+    template <class T>
+    [[nodiscard]] T* as() {
+        return std::get_if<T>(&m_value);
+    }
+
+    /// A number or boolean as a double, and a string by the number it begins with; 0 for anything else.
+    /// AppKit: `-doubleValue`.
+    [[nodiscard]] double doubleValue() const;
+
+    /// A number or boolean as a whole number, cut off towards zero and held within the type's range; a string by the
+    /// number it begins with; 0 for anything else. AppKit: `-integerValue`.
+    [[nodiscard]] std::int64_t integerValue() const;
+
+    /// A boolean as it is, a number by whether it differs from 0, a string by whether it begins (after blanks, a sign
+    /// and zeros) with one of Y, y, T, t or a digit from 1 to 9; false for anything else. AppKit: `-boolValue`.
+    [[nodiscard]] bool boolValue() const;
+
+    /// Old-style text: `{`, newline, four spaces, `key = value;`, newline, `}` with keys sorted, strings quoted only
+    /// where they must be; a string at the top stands as it is. AppKit: `-description`.
+    [[nodiscard]] QString description() const;
+
+    friend VXKIT_EXPORT bool operator==(const NSPropertyList& left, const NSPropertyList& right);
+
+private:
+    template <std::integral T>
+    static Variant wholeNumber(T value) {
+        if (std::in_range<std::int64_t>(value)) {
+            return static_cast<std::int64_t>(value);
+        }
+        return static_cast<std::uint64_t>(value);
+    }
+
+    Variant m_value;
+};
+
+struct NSDictionary::Entry {
+    NSDictionaryKey key;
+    NSPropertyList object;
+};
+
+template <class T>
+const T* NSDictionary::objectOfType(std::string_view key) const {
+    const NSPropertyList* object = objectForKey(key);
+    return object ? object->as<T>() : nullptr;
+}
