@@ -10,6 +10,8 @@
 
 /// Name of the exception that a programming error in an argument raises (a nil object put into an array, say).
 inline constexpr const char* NSInvalidArgumentException = "NSInvalidArgumentException";
+/// Name of the exception that an index beyond the end of a list raises.
+inline constexpr const char* NSRangeException = "NSRangeException";
 
 /// A programming error, thrown where AppKit raises its exception of the same class.
 ///

@@ -101,6 +101,7 @@ public:
     void appendEntry(NSDictionaryKey key, NSPropertyList object);
     void reserve(std::size_t count);
 
+    /// Takes n log n comparisons at most, and n where both hold their keys in the same order.
     friend VXKIT_EXPORT bool operator==(const NSDictionary& left, const NSDictionary& right);
 
 private:
@@ -120,13 +121,12 @@ public:
     NSPropertyList(std::same_as<bool> auto value) : m_value(bool(value)) {}
     /// Any other integer type; held signed wherever it fits, so that equal numbers are equal values.
     template <std::integral T>
-        requires(!std::same_as<T, bool>)
-    NSPropertyList(T value) : m_value(wholeNumber(value)) {}
+    requires(!std::same_as<T, bool>) NSPropertyList(T value) : m_value(wholeNumber(value)) {}
     NSPropertyList(double value) : m_value(value) {}
     NSPropertyList(NSDate value) : m_value(value) {}
     NSPropertyList(std::string value) : m_value(std::move(value)) {}
-    NSPropertyList(std::string_view value) : m_value(std::string(value)) {}
-    NSPropertyList(const char* value) : m_value(std::string(value)) {}
+    NSPropertyList(std::string_view value) : m_value(std::in_place_type<std::string>, value) {}
+    NSPropertyList(const char* value) : m_value(std::in_place_type<std::string>, value) {}
     NSPropertyList(const QString& value) : m_value(value.toStdString()) {}
     NSPropertyList(NSData value) : m_value(std::move(value)) {}
     NSPropertyList(NSArray value) : m_value(std::move(value)) {}
@@ -160,6 +160,8 @@ public:
     /// where they must be; a string at the top stands as it is. AppKit: `-description`.
     [[nodiscard]] QString description() const;
 
+    /// Whether both are of the same kind and hold the same: 1 differs from 1.0 and from true. Unlike bare doubles, two
+    /// values that are not a number are equal, so that a value always equals its copy.
     friend VXKIT_EXPORT bool operator==(const NSPropertyList& left, const NSPropertyList& right);
 
 private:
@@ -178,6 +180,25 @@ struct NSDictionary::Entry {
     NSDictionaryKey key;
     NSPropertyList object;
 };
+
+inline NSDictionary::NSDictionary() = default;
+inline NSDictionary::NSDictionary(const NSDictionary& other) = default;
+inline NSDictionary::NSDictionary(NSDictionary&& other) noexcept = default;
+inline NSDictionary& NSDictionary::operator=(const NSDictionary& other) = default;
+inline NSDictionary& NSDictionary::operator=(NSDictionary&& other) noexcept = default;
+inline NSDictionary::~NSDictionary() = default;
+
+inline std::size_t NSDictionary::count() const {
+    return m_entries.size();
+}
+
+inline NSDictionary::const_iterator NSDictionary::begin() const {
+    return m_entries.data();
+}
+
+inline NSDictionary::const_iterator NSDictionary::end() const {
+    return m_entries.data() + m_entries.size();
+}
 
 template <class T>
 const T* NSDictionary::objectOfType(std::string_view key) const {

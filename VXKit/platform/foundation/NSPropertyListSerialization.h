@@ -14,8 +14,10 @@ enum class NSPropertyListFormat {
 ///
 /// Reading is safe with bytes from anywhere: nesting is limited to 512 levels, what shared references of the binary
 /// form expand to is limited, entity definitions are refused, and no length is believed before the bytes are there.
-/// Reading is linear in the number of bytes. Nothing here depends on the locale. Stands for the AppKit class of the same
-/// name.
+/// Where a dictionary holds a key twice, the later value wins. Text is UTF-8, or UTF-16 with a byte-order mark or plain
+/// to see; XML may also say that it is US-ASCII or ISO-8859-1, and any other encoding is refused by name. Reading takes
+/// time in proportion to the number of bytes. Nothing here depends on the locale. Stands for the AppKit class of the
+/// same name.
 class VXKIT_EXPORT NSPropertyListSerialization {
 public:
     NSPropertyListSerialization() = delete;
@@ -31,8 +33,9 @@ public:
     propertyListWithContentsOfFile(const QString& path, NSPropertyListFormat* format, NSError* error);
 
     /// The XML form, byte for byte the same for equal values: sorted keys, tabs, shortest exact doubles, whole-second
-    /// dates in UTC. Gives nothing and fills `error` for what the form cannot hold: control characters other than tab,
-    /// newline and carriage return, text that is not UTF-8, dates before year 1 or after year 9999.
-    /// AppKit: `+dataWithPropertyList:format:options:error:` with the XML format.
+    /// dates in UTC. Gives nothing and fills `error`, with the place in the value, for what the form cannot hold:
+    /// control characters other than tab, newline and carriage return, text that is not UTF-8, dates before year 1 or
+    /// after year 9999, and more than 512 levels. AppKit: `+dataWithPropertyList:format:options:error:` with the XML
+    /// format.
     [[nodiscard]] static std::optional<std::string> dataWithPropertyList(const NSPropertyList& value, NSError* error);
 };
