@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+
+#include <QApplication>
+
+/// Posted with the application object as sender, each before or after what its name says, in this order for a change:
+/// will, then the change itself, then did.
+inline constexpr const char* NSApplicationWillFinishLaunchingNotification =
+    "NSApplicationWillFinishLaunchingNotification";
+inline constexpr const char* NSApplicationDidFinishLaunchingNotification =
+    "NSApplicationDidFinishLaunchingNotification";
+inline constexpr const char* NSApplicationWillBecomeActiveNotification = "NSApplicationWillBecomeActiveNotification";
+inline constexpr const char* NSApplicationDidBecomeActiveNotification = "NSApplicationDidBecomeActiveNotification";
+inline constexpr const char* NSApplicationWillResignActiveNotification = "NSApplicationWillResignActiveNotification";
+inline constexpr const char* NSApplicationDidResignActiveNotification = "NSApplicationDidResignActiveNotification";
+/// Posted once, before the application ends by terminate, by Qt's quit, or by a signal that asks it to end (SIGTERM,
+/// SIGINT, SIGHUP); not before the C library's exit.
+inline constexpr const char* NSApplicationWillTerminateNotification = "NSApplicationWillTerminateNotification";
+
+/// The application object: a QApplication that speaks AppKit's terms. One for the process, made in main before anything
+/// that needs it. Stands for the AppKit class of the same name.
+class VXKIT_EXPORT NSApplication : public QApplication {
+public:
+    /// `argc` and `argv` must live as long as the application, as for any QApplication. The end of the last window does
+    /// not end the application: a menu-bar application has none most of the time.
+    NSApplication(int& argc, char** argv);
+    ~NSApplication() override;
+
+    /// The application object, or null where the process has none or another kind of QApplication.
+    /// AppKit: `+sharedApplication`.
+    [[nodiscard]] static NSApplication* sharedApplication();
+
+    /// Awakes the application (awakeFromNib), announces that it has launched, and runs the event loop until the
+    /// application terminates. Answers the exit status for main. AppKit: `-run`.
+    int run();
+
+    /// Called once by run, before anything else. Does nothing here. AppKit: `-awakeFromNib`.
+    virtual void awakeFromNib();
+
+    /// Brings the application's topmost visible window to the front with the keyboard. With `flag` false, only where
+    /// the workspace tells of no other active application. AppKit: `-activateIgnoringOtherApps:`.
+    virtual void activateIgnoringOtherApps(bool flag);
+
+    /// Whether a window of the application has the keyboard, as the window server sees it. AppKit: `-isActive`.
+    [[nodiscard]] virtual bool isActive() const { return m_hasKeyboard; }
+
+    /// Announces the end (NSApplicationWillTerminateNotification) and ends the event loop with status 0, so that run
+    /// returns. An exception that an observer throws is logged and ends nothing. `sender` is not looked at.
+    /// AppKit: `-terminate:`.
+    void terminate(QObject* sender);
+
+private:
+    class SignalWatcher;
+
+    void applicationStateHasChanged(Qt::ApplicationState state);
+    void announceTermination();
+
+    bool m_hasKeyboard = false;
+    bool m_terminationIsAnnounced = false;
+    SignalWatcher* m_signalWatcher;
+};
