@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/foundation/NSDate.h>
+
+#include <concepts>
+#include <optional>
+#include <typeinfo>
+#include <vector>
+
+class _LTSnippet;
+class _LTSnippetIndex;
+
+/// The `snipID` field of a record: a date or nil, that tells the indexes which hold the record when it changes.
+///
+/// Reads and is assigned to like the `std::optional<NSDate>` that it holds. A record changes its identity by assigning
+/// to this field, whether in setSnippetID, in loadFromDictionary or in a way of its own, so no road goes past the
+/// indexes.
+class VXKIT_EXPORT _LTSnippetIdentity {
+public:
+    _LTSnippetIdentity() = default;
+    /// Copies the date alone: the copy belongs to a record that no index holds.
+    _LTSnippetIdentity(const _LTSnippetIdentity& other) : m_date(other.m_date) {}
+    _LTSnippetIdentity& operator=(const _LTSnippetIdentity& other) { return *this = other.m_date; }
+    _LTSnippetIdentity& operator=(std::optional<NSDate> date);
+
+    operator const std::optional<NSDate>&() const { return m_date; }
+    [[nodiscard]] const std::optional<NSDate>& date() const { return m_date; }
+
+    /// Notes whether records of exactly the class `Snippet` answer snippetID with this field. Those of a class that was
+    /// never noted are taken to answer otherwise, and are asked one by one.
+    template <class Snippet>
+    static void noteClass() {
+        if constexpr (requires {
+                          { &Snippet::snippetID } -> std::same_as<std::optional<NSDate> (_LTSnippet::*)() const>;
+                      }) {
+            [[maybe_unused]] static const bool noted = (noteThatFieldIsAnswer(typeid(Snippet)), true);
+        }
+    }
+
+    /// Whether records of exactly this class are known to answer snippetID with this field.
+    [[nodiscard]] static bool fieldIsAnswer(const std::type_info& snippetClass);
+
+private:
+    friend _LTSnippetIndex;
+
+    static void noteThatFieldIsAnswer(const std::type_info& snippetClass);
+
+    std::optional<NSDate> m_date;
+    std::vector<_LTSnippetIndex*> m_indexes; // one for each time that an index holds the record
+};
