@@ -32,7 +32,7 @@ bool isOnTheWeb(const QUrl& url) {
 class LTHelpLoader::HelpWindow : public QWidget {
 public:
     HelpWindow() {
-        setWindowTitle(QApplication::applicationDisplayName() + QStringLiteral(" Help"));
+        setWindowTitle(QStringLiteral("Help"));
         resize(windowSize);
         m_browser->setOpenLinks(false);
         m_browser->setAccessibleName(QStringLiteral("Help page"));

@@ -196,8 +196,6 @@ TEST(NSTimer, FiresByHand) {
 TEST(NSTimer, DropsItsBlockWhenInvalidated) {
     const Application application;
     bool isHeld = true;
-    const auto held = std::make_shared<Held>([&] { isHeld = false; });
-    std::weak_ptr<Held> watcher = held;
     const auto timer = every(300, [held = std::make_shared<Held>([&] { isHeld = false; })](NSTimer&) {});
     EXPECT_TRUE(isHeld);
     timer->invalidate();

@@ -3,6 +3,10 @@
 
 #include <VXKit/VXKitExport.h>
 
+// moc 6.4 stops with a parse error where <compare> is the first standard header that it meets; its parser of
+// concepts is incomplete. <cstddef> before it keeps host headers with Q_OBJECT readable. To be removed with Qt 6.5.
+#include <cstddef>
+
 #include <compare>
 
 /// An instant, held as a double count of seconds since 1970-01-01 00:00:00 UTC.

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "Appearance.h"
+
+#include <QAbstractScrollArea>
+#include <QApplication>
+#include <QFont>
+#include <QIcon>
+#include <QPalette>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QStyleFactory>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int fontSize = 13; // pixels of the logical screen
+
+// Points.
+constexpr int buttonHeight = 28;
+constexpr int buttonPadding = 14; // on either side of the title
+constexpr int smallestButtonWidth = 84;
+
+QPalette darkPalette() {
+    struct ColorOfRole {
+        QPalette::ColorRole role;
+        QRgb color;
+    };
+    constexpr ColorOfRole colors[] = {
+        {QPalette::Window, 0xff2a2c30},      {QPalette::WindowText, 0xffe4e6e9},
+        {QPalette::Base, 0xff1e2023},        {QPalette::AlternateBase, 0xff34373d},
+        {QPalette::Text, 0xffe4e6e9},        {QPalette::PlaceholderText, 0xff989da5},
+        {QPalette::Button, 0xff3a3d43},      {QPalette::ButtonText, 0xffe4e6e9},
+        {QPalette::BrightText, 0xffffffff},  {QPalette::Light, 0xff4a4e55},
+        {QPalette::Midlight, 0xff414449},    {QPalette::Mid, 0xff2e3034},
+        {QPalette::Dark, 0xff1a1b1e},        {QPalette::Shadow, 0xff0e0f10},
+        {QPalette::Highlight, 0xff2f65ba},   {QPalette::HighlightedText, 0xffffffff},
+        {QPalette::Link, 0xff74a9f7},        {QPalette::LinkVisited, 0xffb199ea},
+        {QPalette::ToolTipBase, 0xff3a3d43}, {QPalette::ToolTipText, 0xffe4e6e9},
+    };
+    constexpr QRgb disabledText = 0xff6e737b;
+
+    QPalette palette;
+    for (const ColorOfRole& entry : colors) {
+        palette.setColor(entry.role, QColor::fromRgb(entry.color));
+    }
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, QColor::fromRgb(disabledText));
+    }
+    return palette;
+}
+
+} // namespace
+
+void applyAppearance(QApplication& application) {
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setPalette(darkPalette());
+    QFont font = QApplication::font();
+    font.setFamilies(QStringList{QStringLiteral("Inter")} + font.families());
+    font.setPixelSize(fontSize);
+    QApplication::setFont(font);
+    application.setWindowIcon(QIcon(QStringLiteral(":/images/Snippets.svg")));
+}
+
+void useSlimScrollBar(QAbstractScrollArea& area) {
+    area.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area.verticalScrollBar()->setStyleSheet(QStringLiteral(
+        "QScrollBar:vertical { width: 10px; background: palette(base); border: none; margin: 0; }"
+        "QScrollBar::handle:vertical { background: #4a4e55; border-radius: 3px; margin: 2px; min-height: 28px; }"
+        "QScrollBar::handle:vertical:hover { background: #5f646c; }"
+        "QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }"
+        "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }"));
+}
+
+void usePushButtonSize(QPushButton& button) {
+    const int titleWidth = button.fontMetrics().horizontalAdvance(button.text());
+    button.setFixedHeight(buttonHeight);
+    button.setMinimumWidth(std::max(titleWidth + 2 * buttonPadding, smallestButtonWidth));
+}

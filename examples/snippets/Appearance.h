@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+class QAbstractScrollArea;
+class QApplication;
+class QPushButton;
+
+/// Gives the program its look: dark and quiet, the same on every desktop.
+void applyAppearance(QApplication& application);
+
+/// Gives a scroll area a slim scroll bar without arrows, up and down only: for lists and wrapped text.
+void useSlimScrollBar(QAbstractScrollArea& area);
+
+/// Gives a button the height of this program's buttons, and room beside its title. To be called again after the title
+/// has changed.
+void usePushButtonSize(QPushButton& button);

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+#include "Snippet.h"
+
+#include <QStringView>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr qsizetype longestTitle = 80;      // characters of a title made from a text
+constexpr qsizetype longestFirstLine = 240; // characters
+
+// The years 1 to 9999, which are those that an XML date can tell; seconds since 1970.
+constexpr double earliestDate = -62135596800.0;
+constexpr double dateAfterLatest = 253402300800.0;
+
+/// A field of the dictionary that is kept as a date and, beside it, as a real number.
+struct DateKeys {
+    const char* date;
+    const char* seconds;
+};
+
+constexpr DateKeys identityKeys{"id", "idSeconds"};
+constexpr DateKeys modificationKeys{"modified", "modifiedSeconds"};
+constexpr DateKeys lastUseKeys{"lastUsed", "lastUsedSeconds"};
+constexpr const char* titleKey = "title";
+constexpr const char* textKey = "text";
+constexpr const char* useCountKey = "useCount";
+
+bool canBeKept(double seconds) {
+    return seconds >= earliestDate && seconds < dateAfterLatest;
+}
+
+void putDate(NSDictionary& dictionary, const DateKeys& keys, const std::optional<NSDate>& date) {
+    // One date that the file cannot hold would keep all the others from being saved.
+    if (!date || !canBeKept(date->timeIntervalSince1970())) {
+        return;
+    }
+    dictionary.setObject(*date, keys.date);
+    dictionary.setObject(date->timeIntervalSince1970(), keys.seconds);
+}
+
+std::optional<NSDate> dateIn(const NSDictionary& dictionary, const DateKeys& keys) {
+    const NSPropertyList* number = dictionary.objectForKey(keys.seconds);
+    if (number && (number->as<double>() || number->as<std::int64_t>()) && canBeKept(number->doubleValue())) {
+        return NSDate::dateWithTimeIntervalSince1970(number->doubleValue());
+    }
+    const auto* date = dictionary.objectOfType<NSDate>(keys.date);
+    if (date && canBeKept(date->timeIntervalSince1970())) {
+        return *date;
+    }
+    return std::nullopt;
+}
+
+/// Whether an XML property list can hold `text` as it is.
+bool isXMLText(QStringView text) {
+    return std::all_of(text.begin(), text.end(), [](QChar character) {
+        const char16_t unit = character.unicode();
+        return (unit >= 0x20 && unit < 0xFFFE) || unit == u'\t' || unit == u'\n' || unit == u'\r';
+    });
+}
+
+void putText(NSDictionary& dictionary, const char* key, const QString& text) {
+    if (isXMLText(text)) {
+        dictionary.setObject(text, key);
+        return;
+    }
+    const QByteArray bytes = text.toUtf8();
+    dictionary.setObject(NSData(bytes.begin(), bytes.end()), key);
+}
+
+std::optional<QString> textIn(const NSDictionary& dictionary, const char* key) {
+    if (const auto* text = dictionary.objectOfType<std::string>(key)) {
+        return QString::fromStdString(*text);
+    }
+    if (const auto* bytes = dictionary.objectOfType<NSData>(key)) {
+        return QString::fromUtf8(
+            QByteArray(reinterpret_cast<const char*>(bytes->data()), static_cast<qsizetype>(bytes->size())));
+    }
+    return std::nullopt;
+}
+
+/// The first line of `text` with more than blanks in it that is not `unwanted`, without the blanks around it.
+QStringView lineOtherThan(QStringView unwanted, QStringView text) {
+    while (!text.isEmpty()) {
+        const auto lineEnd = std::find_if(text.begin(), text.end(), [](QChar character) {
+            return character == u'\n' || character == u'\r' || character == QChar::LineSeparator ||
+                   character == QChar::ParagraphSeparator;
+        });
+        const qsizetype length = lineEnd - text.begin();
+        const QStringView line = text.first(length).trimmed();
+        if (!line.isEmpty() && line != unwanted) {
+            return line;
+        }
+        text = text.sliced(std::min(length + 1, text.size()));
+    }
+    return {};
+}
+
+/// The first `length` characters of `line`, no half of a surrogate pair among them.
+QStringView beginning(QStringView line, qsizetype length) {
+    if (line.size() <= length) {
+        return line;
+    }
+    return line.first(line[length].isLowSurrogate() ? length - 1 : length);
+}
+
+} // namespace
+
+void Snippet::setTitle(const QString& title) {
+    _name = title;
+    std::replace_if(
+        _name.begin(), _name.end(),
+        [](QChar character) {
+            return character.category() == QChar::Other_Control || character == QChar::LineSeparator ||
+                   character == QChar::ParagraphSeparator;
+        },
+        QChar::fromLatin1(' '));
+}
+
+void Snippet::noteUse(NSDate date) {
+    m_lastUsed = date;
+    if (m_useCount < std::numeric_limits<std::int64_t>::max()) {
+        ++m_useCount;
+    }
+}
+
+QString Snippet::firstLine() const {
+    return beginning(lineOtherThan(_name, m_text), longestFirstLine).toString();
+}
+
+QString Snippet::titleForText(const QString& text) {
+    const QStringView line = lineOtherThan({}, text);
+    if (line.size() <= longestTitle) {
+        return line.toString();
+    }
+    return beginning(line, longestTitle - 1).trimmed().toString() + QChar(u'…');
+}
+
+std::optional<NSDictionary> Snippet::dictionaryRepresentation() const {
+    NSDictionary dictionary;
+    putDate(dictionary, identityKeys, snipID);
+    putDate(dictionary, modificationKeys, modificationDate);
+    putDate(dictionary, lastUseKeys, m_lastUsed);
+    putText(dictionary, titleKey, _name);
+    putText(dictionary, textKey, m_text);
+    dictionary.setObject(m_useCount, useCountKey);
+    return dictionary;
+}
+
+void Snippet::loadFromDictionary(const NSDictionary& dictionary) {
+    if (const std::optional<NSDate> date = dateIn(dictionary, identityKeys)) {
+        snipID = date;
+    }
+    if (const std::optional<NSDate> date = dateIn(dictionary, modificationKeys)) {
+        modificationDate = date;
+    }
+    if (const std::optional<NSDate> date = dateIn(dictionary, lastUseKeys)) {
+        m_lastUsed = date;
+    }
+    if (const std::optional<QString> title = textIn(dictionary, titleKey)) {
+        setTitle(*title);
+    }
+    if (const std::optional<QString> text = textIn(dictionary, textKey)) {
+        m_text = *text;
+    }
+    if (const auto* count = dictionary.objectOfType<std::int64_t>(useCountKey)) {
+        m_useCount = std::max<std::int64_t>(*count, 0);
+    }
+}
+
+std::shared_ptr<_LTSnippet> Snippet::copy() const {
+    return std::make_shared<Snippet>(*this);
+}
+
+std::shared_ptr<_LTSnippet> Snippet::emptySnippet() {
+    return std::make_shared<Snippet>();
+}

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Snippet.h"
+#include "SnippetsDatabase.h"
+
+#include <memory>
+
+class NSPasteboard;
+
+/// Adds a snippet of the plain text on `pasteboard`, titled with its first line, and answers it; null, with nothing
+/// added, where there is no text or nothing but blanks.
+std::shared_ptr<Snippet> addSnippetFromPasteboard(SnippetsDatabase& database, const NSPasteboard& pasteboard);
+
+/// Puts the text of `snippet`, a record of `database`, on `pasteboard` and counts the use. False, with nothing counted,
+/// where the pasteboard does not take it.
+bool copySnippetToPasteboard(const std::shared_ptr<Snippet>& snippet, SnippetsDatabase& database,
+                             NSPasteboard& pasteboard);

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: MIT
+#include "SnippetsTour.h"
+
+#include "SnippetsApplication.h"
+#include "SnippetsListModel.h"
+#include "SnippetsWindow.h"
+
+#include <VXKit/app/LTHelpLoader.h>
+#include <VXKit/platform/appkit/NSPasteboard.h>
+#include <VXKit/support/NSPasteboard+VXKitAdditions.h>
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QEventLoop>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QTimer>
+#include <QWindow>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+
+namespace {
+
+constexpr int waitingTime = 5000;   // milliseconds for a window to be shown
+constexpr int pictureTime = 2000;   // milliseconds for the screen to show what the window has painted
+constexpr int pictureInterval = 20; // milliseconds between two looks at the screen
+constexpr int searchedRow = 3;      // whose title is searched for
+constexpr int selectedRow = 2;
+
+// The screen shows a window when its pixels are the window's own, but for a caret that has blinked meanwhile.
+constexpr int channelTolerance = 12; // of 255
+constexpr int differingPixels = 60;
+
+/// Runs the event loop until `condition` holds; false where it does not in time.
+bool waitFor(const std::function<bool()>& condition, int milliseconds, int interval) {
+    const QDeadlineTimer deadline(milliseconds);
+    while (!condition()) {
+        if (deadline.hasExpired()) {
+            return false;
+        }
+        QEventLoop loop;
+        QTimer::singleShot(interval, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    return true;
+}
+
+bool areAlike(QRgb left, QRgb right) {
+    return std::abs(qRed(left) - qRed(right)) <= channelTolerance &&
+           std::abs(qGreen(left) - qGreen(right)) <= channelTolerance &&
+           std::abs(qBlue(left) - qBlue(right)) <= channelTolerance;
+}
+
+/// Whether `screen`, a picture of the whole screen, shows `content` at `place`; all in pixels.
+bool shows(const QImage& screen, const QImage& content, QPoint place) {
+    int different = 0;
+    const QRect visible = QRect(place, content.size()).intersected(screen.rect());
+    for (int y = visible.top(); y <= visible.bottom() && different <= differingPixels; ++y) {
+        for (int x = visible.left(); x <= visible.right(); ++x) {
+            different += areAlike(screen.pixel(x, y), content.pixel(x - place.x(), y - place.y())) ? 0 : 1;
+        }
+    }
+    return !visible.isEmpty() && different <= differingPixels;
+}
+
+/// Whether a picture has anything on it. Desktops that let no program see the screen give none, or a black one.
+bool isEmpty(const QImage& picture) {
+    if (picture.isNull()) {
+        return true;
+    }
+    const QRgb first = picture.pixel(0, 0);
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            if (picture.pixel(x, y) != first) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+QImage pictureOfScreen(const QScreen& screen) {
+    return const_cast<QScreen&>(screen).grabWindow(0).toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+} // namespace
+
+SnippetsTour::SnippetsTour(SnippetsApplication& application, const QString& folder)
+    : m_application(application), m_folder(folder) {}
+
+bool SnippetsTour::run() {
+    if (!QDir().mkpath(m_folder)) {
+        return fail(QStringLiteral("%1: cannot create the folder of the pictures").arg(m_folder));
+    }
+    const QString clipboard = stringValue(NSPasteboard::generalPasteboard());
+    const bool succeeded =
+        showList() && showSearch() && showSelection() && showAdded() && showRemoved() && showHelp() && tellFile();
+    if (!clipboard.isNull()) {
+        NSPasteboard::generalPasteboard().clearContents();
+        NSPasteboard::generalPasteboard().setString(clipboard, QString::fromLatin1(NSStringPboardType));
+    }
+    return succeeded;
+}
+
+bool SnippetsTour::showList() {
+    SnippetsWindow& window = m_application.window();
+    m_application.showMainWindow();
+    if (window.model().rowCount() == 0) {
+        return fail(QStringLiteral("there are no snippets to show; name some text files"));
+    }
+    window.selectRow(0);
+    return takePicture(window, QStringLiteral("01-list"));
+}
+
+bool SnippetsTour::showSearch() {
+    SnippetsWindow& window = m_application.window();
+    const int row = std::min(searchedRow, window.model().rowCount() - 1);
+    const std::shared_ptr<Snippet> searched = window.model().snippetAt(window.model().index(row));
+    static const QRegularExpression notWords(QStringLiteral("\\W+"), QRegularExpression::UseUnicodePropertiesOption);
+    const QStringList words = searched->title().toLower().split(notWords, Qt::SkipEmptyParts);
+    window.setSearch(words.join(QLatin1Char(' ')));
+    if (!window.model().indexOf(*searched).isValid()) {
+        return fail(QStringLiteral("a search for the words of its title does not find a snippet"));
+    }
+    return takePicture(window, QStringLiteral("02-search"));
+}
+
+bool SnippetsTour::showSelection() {
+    SnippetsWindow& window = m_application.window();
+    window.setSearch({});
+    const int row = std::min(selectedRow, window.model().rowCount() - 1);
+    window.selectRow(row);
+    if (window.selectedSnippet() != window.model().snippetAt(window.model().index(row))) {
+        return fail(QStringLiteral("row %1 cannot be selected").arg(row));
+    }
+    return takePicture(window, QStringLiteral("03-selected"));
+}
+
+bool SnippetsTour::showAdded() {
+    SnippetsWindow& window = m_application.window();
+    const QString text =
+        QStringLiteral("Added from the clipboard\n\nA snippet of what was copied in another window.\n");
+    NSPasteboard& pasteboard = NSPasteboard::generalPasteboard();
+    pasteboard.clearContents();
+    pasteboard.setString(text, QString::fromLatin1(NSStringPboardType));
+    const int before = window.model().totalCount();
+    if (!window.addFromClipboard() || window.model().totalCount() != before + 1 ||
+        window.selectedSnippet()->text() != text) {
+        return fail(QStringLiteral("the text on the clipboard does not become a snippet"));
+    }
+    return takePicture(window, QStringLiteral("04-added"));
+}
+
+bool SnippetsTour::showRemoved() {
+    SnippetsWindow& window = m_application.window();
+    const int before = window.model().totalCount();
+    window.removeSelected();
+    if (window.model().totalCount() != before - 1 || !window.canUndoRemoval()) {
+        return fail(QStringLiteral("the selected snippet cannot be removed"));
+    }
+    return takePicture(window, QStringLiteral("05-removed"));
+}
+
+bool SnippetsTour::showHelp() {
+    m_application.showHelp(nullptr);
+    if (!LTHelpLoader::exists() || LTHelpLoader::loader().text().isEmpty()) {
+        return fail(QStringLiteral("there is no help"));
+    }
+    return takePicture(LTHelpLoader::loader().window(), QStringLiteral("06-help"));
+}
+
+/// Counts what is in the file, not what is in memory.
+bool SnippetsTour::tellFile() const {
+    m_application.database().saveDB();
+    const QString path = m_application.database().path();
+    const std::optional<NSDictionary> content = NSDictionary::dictionaryWithContentsOfFile(path);
+    const NSArray* records = content ? content->objectOfType<NSArray>("contents") : nullptr;
+    if (!records) {
+        return fail(QStringLiteral("%1: holds no snippets").arg(path));
+    }
+    std::printf("%s: %zu records\n", path.toUtf8().constData(), records->size());
+    std::fflush(stdout);
+    return true;
+}
+
+/// Waits until the screen shows what `window` has painted. Where it never does, because the desktop makes windows
+/// translucent or lets nobody see the screen, goes on after a while.
+bool SnippetsTour::takePicture(QWidget& window, const QString& name) {
+    const auto isExposed = [&] { return window.windowHandle() && window.windowHandle()->isExposed(); };
+    if (!waitFor(isExposed, waitingTime, pictureInterval)) {
+        return fail(QStringLiteral("%1: the window is not shown").arg(name));
+    }
+    const QScreen& screen = *window.screen();
+    const double ratio = screen.devicePixelRatio();
+    QImage content;
+    QImage picture;
+    waitFor(
+        [&] {
+            content = window.grab().toImage().convertToFormat(QImage::Format_RGB32);
+            picture = pictureOfScreen(screen);
+            const QPointF place = QPointF(window.mapToGlobal(QPoint()) - screen.geometry().topLeft()) * ratio;
+            return isEmpty(picture) || shows(picture, content, place.toPoint());
+        },
+        pictureTime, pictureInterval);
+
+    const QString path = QDir(m_folder).filePath(name + QStringLiteral(".png"));
+    if (!(isEmpty(picture) ? content : picture).save(path)) {
+        return fail(QStringLiteral("%1: cannot be written").arg(path));
+    }
+    std::printf("%s\n", path.toUtf8().constData());
+    std::fflush(stdout);
+    return true;
+}
+
+bool SnippetsTour::fail(const QString& reason) {
+    std::fprintf(stderr, "tour: %s\n", reason.toUtf8().constData());
+    return false;
+}

@@ -1,0 +1,585 @@
+// SPDX-License-Identifier: MIT
+#include "SnippetsWindow.h"
+
+#include "Appearance.h"
+#include "DateText.h"
+#include "ElidedLabel.h"
+#include "MessageBar.h"
+#include "SnippetImporter.h"
+#include "SnippetPasteboard.h"
+#include "SnippetsListModel.h"
+#include "SnippetsListView.h"
+
+#include <VXKit/platform/appkit/NSPasteboard.h>
+#include <VXKit/platform/foundation/NSTimer.h>
+#include <VXKit/platform/foundation/NSUserDefaults.h>
+#include <VXKit/support/VXLog.h>
+
+#include <QAction>
+#include <QBoxLayout>
+#include <QCoreApplication>
+#include <QFontDatabase>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSplitter>
+
+namespace {
+
+// Points.
+constexpr QSize firstSize(820, 540);
+constexpr QSize smallestSize(520, 320);
+constexpr int listWidth = 320;
+constexpr int smallestColumnWidth = 200;
+constexpr int margin = 12;
+constexpr int spacing = 8;
+constexpr int searchHeight = 32;
+constexpr int titleFontGrowth = 3;
+
+constexpr double undoTime = 8.0;     // seconds that a removal can be undone
+constexpr double statusTime = 2.5;   // seconds that a note in the status line stays
+constexpr double clockInterval = 60; // seconds
+
+/// Longer texts are shown up to here, so that moving through the list never stops at one.
+constexpr qsizetype longestPreview = 100'000; // characters
+
+constexpr const char* geometryKey = "SnippetsWindowGeometry";
+constexpr const char* divisionKey = "SnippetsWindowDivision";
+
+NSData dataOf(const QByteArray& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+QByteArray bytesUnder(const char* key) {
+    const std::optional<NSPropertyList> value = NSUserDefaults::standardUserDefaults().objectForKey(key);
+    const NSData* data = value ? value->as<NSData>() : nullptr;
+    return data ? QByteArray(reinterpret_cast<const char*>(data->data()), static_cast<qsizetype>(data->size()))
+                : QByteArray();
+}
+
+QString numbered(qint64 count, const char* one, const char* many) {
+    return QLocale(QLocale::English).toString(count) + QLatin1Char(' ') + QString::fromLatin1(count == 1 ? one : many);
+}
+
+QString quoted(const QString& title) {
+    constexpr qsizetype longest = 40; // characters
+    const QString shortened = title.size() > longest ? title.first(longest - 1).trimmed() + QChar(u'…') : title;
+    return QChar(u'“') + shortened + QChar(u'”');
+}
+
+QString datesText(const Snippet& snippet) {
+    QStringList parts;
+    if (const std::optional<NSDate> created = snippet.snippetID()) {
+        parts += QStringLiteral("Created ") + fullDateText(*created);
+    }
+    const std::optional<NSDate> modified = snippet.dateOfModification();
+    // A batch of snippets gets identities that go back from the instant it was made, second by second; only a date that
+    // reads otherwise tells something.
+    if (modified && (!snippet.snippetID() || fullDateText(*modified) != fullDateText(*snippet.snippetID()))) {
+        parts += QStringLiteral("Modified ") + fullDateText(*modified);
+    }
+    if (snippet.useCount() > 0) {
+        QString use = QStringLiteral("Used ") + numbered(snippet.useCount(), "time", "times");
+        if (const std::optional<NSDate> used = snippet.dateOfLastUse()) {
+            use += QStringLiteral(", last ") + fullDateText(*used);
+        }
+        parts += use;
+    } else {
+        parts += QStringLiteral("Never used");
+    }
+    if (snippet.text().size() > longestPreview) {
+        parts += QStringLiteral("Beginning of ") + numbered(snippet.text().size(), "character", "characters");
+    }
+    return parts.join(QStringLiteral("  ·  "));
+}
+
+bool hasOnly(const QKeyEvent& event, Qt::KeyboardModifiers modifiers) {
+    return (event.modifiers() & ~Qt::KeypadModifier) == modifiers;
+}
+
+} // namespace
+
+SnippetsWindow::SnippetsWindow(std::shared_ptr<SnippetsDatabase> database)
+    : m_database(std::move(database)), m_model(new SnippetsListModel(m_database, this)) {
+    setWindowTitle(QStringLiteral("Snippets"));
+    setMinimumSize(smallestSize);
+    makeWidgets();
+    layOutWidgets();
+    connectWidgets();
+    restoreFrame();
+    searchHasChanged();
+}
+
+SnippetsWindow::~SnippetsWindow() {
+    for (const std::shared_ptr<NSTimer>& timer : {m_undoTimer, m_statusTimer, m_clockTimer}) {
+        if (timer) {
+            timer->invalidate();
+        }
+    }
+}
+
+void SnippetsWindow::makeWidgets() {
+    m_messageBar = new MessageBar(this);
+    m_messageBar->setObjectName(QStringLiteral("messageBar"));
+    m_undoBar = new MessageBar(this);
+    m_undoBar->setObjectName(QStringLiteral("undoBar"));
+    m_undoBar->setAction(QStringLiteral("Undo"), QStringLiteral("Undo removal"));
+
+    m_search = new QLineEdit(this);
+    m_search->setPlaceholderText(QStringLiteral("Search snippets"));
+    m_search->setAccessibleName(QStringLiteral("Search snippets"));
+    m_search->setMinimumHeight(searchHeight);
+    m_search->addAction(QIcon(QStringLiteral(":/images/Search.svg")), QLineEdit::LeadingPosition);
+    // In place of Qt's own clear button, whose symbol cannot be seen on a dark field.
+    m_clearSearch = m_search->addAction(QIcon(QStringLiteral(":/images/Close.svg")), QLineEdit::TrailingPosition);
+    m_clearSearch->setText(QStringLiteral("Clear search"));
+    m_clearSearch->setVisible(false);
+
+    m_splitter = new QSplitter(this);
+    m_splitter->setChildrenCollapsible(false);
+    m_splitter->setHandleWidth(1);
+    m_list = new SnippetsListView(m_splitter);
+    m_list->setModel(m_model);
+    useSlimScrollBar(*m_list);
+    m_list->setAccessibleName(QStringLiteral("Snippets"));
+    m_list->setMinimumWidth(smallestColumnWidth);
+
+    m_detail = new QWidget(m_splitter);
+    m_detail->setMinimumWidth(smallestColumnWidth);
+    m_detail->setAutoFillBackground(true);
+    m_detail->setBackgroundRole(QPalette::Base);
+    m_title = new ElidedLabel(m_detail);
+    QFont titleFont = m_title->font();
+    titleFont.setPixelSize(QFontInfo(titleFont).pixelSize() + titleFontGrowth);
+    titleFont.setWeight(QFont::DemiBold);
+    m_title->setFont(titleFont);
+    m_dates = new QLabel(m_detail);
+    m_dates->setTextFormat(Qt::PlainText);
+    m_dates->setWordWrap(true);
+    m_dates->setForegroundRole(QPalette::PlaceholderText);
+    m_preview = new QPlainTextEdit(m_detail);
+    m_preview->setObjectName(QStringLiteral("preview"));
+    m_preview->setReadOnly(true);
+    m_preview->setFrameShape(QFrame::NoFrame);
+    m_preview->setTabChangesFocus(true);
+    useSlimScrollBar(*m_preview);
+    m_preview->document()->setDocumentMargin(0);
+    m_preview->setAccessibleName(QStringLiteral("Text of the selected snippet"));
+    QFont textFont = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    textFont.setPixelSize(QFontInfo(font()).pixelSize() - 1);
+    m_preview->setFont(textFont);
+
+    m_status = new ElidedLabel(this);
+    m_status->setForegroundRole(QPalette::PlaceholderText);
+    m_add = new QPushButton(QStringLiteral("Add from Clipboard"), this);
+    m_remove = new QPushButton(QStringLiteral("Remove"), this);
+    m_copy = new QPushButton(QStringLiteral("Copy"), this);
+    m_add->setToolTip(QStringLiteral("Add the text on the clipboard (Ctrl+V)"));
+    m_remove->setToolTip(QStringLiteral("Remove the selected snippet (Delete)"));
+    m_copy->setToolTip(QStringLiteral("Copy the selected snippet (Return copies and closes)"));
+    for (QPushButton* button : {m_add, m_remove, m_copy}) {
+        // A click on one leaves the keyboard where it was.
+        button->setFocusPolicy(Qt::TabFocus);
+        button->setAccessibleName(button->text());
+        usePushButtonSize(*button);
+    }
+    for (QWidget* widget :
+         {static_cast<QWidget*>(m_search), static_cast<QWidget*>(m_list), static_cast<QWidget*>(m_preview),
+          static_cast<QWidget*>(m_add), static_cast<QWidget*>(m_remove), static_cast<QWidget*>(m_copy)}) {
+        widget->installEventFilter(this);
+    }
+}
+
+void SnippetsWindow::layOutWidgets() {
+    auto* detailLayout = new QVBoxLayout(m_detail);
+    detailLayout->setContentsMargins(margin + spacing / 2, margin, spacing / 2, 0);
+    detailLayout->setSpacing(spacing / 2);
+    detailLayout->addWidget(m_title);
+    detailLayout->addWidget(m_dates);
+    detailLayout->addSpacing(spacing);
+    detailLayout->addWidget(m_preview, 1);
+    m_splitter->setStretchFactor(0, 0);
+    m_splitter->setStretchFactor(1, 1);
+    m_splitter->setSizes({listWidth, firstSize.width() - listWidth});
+
+    auto* searchLayout = new QHBoxLayout;
+    searchLayout->setContentsMargins(margin, margin, margin, margin);
+    searchLayout->addWidget(m_search);
+    auto* buttonLayout = new QHBoxLayout;
+    buttonLayout->setContentsMargins(margin, spacing + 2, margin, spacing + 2);
+    buttonLayout->setSpacing(spacing);
+    buttonLayout->addWidget(m_status, 1);
+    buttonLayout->addWidget(m_add);
+    buttonLayout->addWidget(m_remove);
+    buttonLayout->addWidget(m_copy);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins({});
+    layout->setSpacing(0);
+    layout->addLayout(searchLayout);
+    layout->addWidget(m_messageBar);
+    layout->addWidget(m_splitter, 1);
+    layout->addWidget(m_undoBar);
+    layout->addLayout(buttonLayout);
+}
+
+void SnippetsWindow::connectWidgets() {
+    connect(m_clearSearch, &QAction::triggered, m_search, &QLineEdit::clear);
+    connect(m_search, &QLineEdit::textChanged, this, &SnippetsWindow::searchHasChanged);
+    connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &SnippetsWindow::selectionHasChanged);
+    connect(m_list, &QListView::doubleClicked, this, [this] {
+        if (copySelected()) {
+            leave();
+        }
+    });
+    connect(m_model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex&, int first, int last) {
+        // The first to come into an empty list; later ones leave the selection, or that there is none, to the user.
+        if (m_model->rowCount() == last - first + 1) {
+            selectRow(0);
+        }
+        updateCount();
+    });
+    connect(m_model, &QAbstractItemModel::rowsRemoved, this, &SnippetsWindow::updateCount);
+    connect(m_model, &QAbstractItemModel::dataChanged, this, &SnippetsWindow::updatePreview);
+    connect(m_add, &QPushButton::clicked, this, &SnippetsWindow::addFromClipboard);
+    connect(m_remove, &QPushButton::clicked, this, &SnippetsWindow::removeSelected);
+    connect(m_copy, &QPushButton::clicked, this, &SnippetsWindow::copySelected);
+    connect(m_undoBar, &MessageBar::actionTriggered, this, &SnippetsWindow::undoRemoval);
+    connect(m_undoBar, &MessageBar::dismissed, this, &SnippetsWindow::forgetRemoved);
+}
+
+void SnippetsWindow::restoreFrame() {
+    resize(firstSize);
+    restoreGeometry(bytesUnder(geometryKey));
+    m_splitter->restoreState(bytesUnder(divisionKey));
+    // Part of what the state remembers, and not the user's to change.
+    m_splitter->setChildrenCollapsible(false);
+    m_splitter->setHandleWidth(1);
+}
+
+void SnippetsWindow::saveFrame() const {
+    NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
+    defaults.setObject(dataOf(saveGeometry()), geometryKey);
+    defaults.setObject(dataOf(m_splitter->saveState()), divisionKey);
+    if (!defaults.synchronize()) {
+        VXLog("The window's frame could not be kept");
+    }
+}
+
+void SnippetsWindow::setSearch(const QString& search) {
+    m_search->setText(search);
+}
+
+void SnippetsWindow::selectRow(int row) {
+    const QModelIndex index = m_model->index(row);
+    if (!index.isValid()) {
+        m_list->clearSelection();
+        m_list->setCurrentIndex({});
+        return;
+    }
+    m_list->setCurrentIndex(index);
+    m_list->scrollTo(index);
+}
+
+std::shared_ptr<Snippet> SnippetsWindow::selectedSnippet() const {
+    const QModelIndexList selected = m_list->selectionModel()->selectedIndexes();
+    return selected.isEmpty() ? nullptr : m_model->snippetAt(selected.first());
+}
+
+bool SnippetsWindow::addFromClipboard() {
+    const std::shared_ptr<Snippet> added = addSnippetFromPasteboard(*m_database, NSPasteboard::generalPasteboard());
+    if (!added) {
+        sayForAWhile(QStringLiteral("There is no text on the clipboard"));
+        return false;
+    }
+    selectSnippet(*added);
+    sayForAWhile(QStringLiteral("Added ") + quoted(added->title()));
+    return true;
+}
+
+bool SnippetsWindow::copySelected() {
+    const std::shared_ptr<Snippet> selected = selectedSnippet();
+    if (!selected) {
+        return false;
+    }
+    if (!copySnippetToPasteboard(selected, *m_database, NSPasteboard::generalPasteboard())) {
+        sayForAWhile(QStringLiteral("The clipboard does not take the text"));
+        return false;
+    }
+    sayForAWhile(QStringLiteral("Copied ") + quoted(selected->title()));
+    return true;
+}
+
+void SnippetsWindow::removeSelected() {
+    const std::shared_ptr<Snippet> selected = selectedSnippet();
+    if (!selected) {
+        return;
+    }
+    m_removed.push_back(selected);
+    m_database->removeSnippet(selected);
+    m_undoBar->showMessage(m_removed.size() == 1 ? QStringLiteral("Removed ") + quoted(selected->title())
+                                                 : QStringLiteral("Removed %1 snippets").arg(m_removed.size()));
+    if (m_undoTimer) {
+        m_undoTimer->invalidate();
+    }
+    m_undoTimer =
+        NSTimer::scheduledTimerWithTimeInterval(undoTime, NSTimerRepeats::No, [this](NSTimer&) { forgetRemoved(); });
+}
+
+void SnippetsWindow::undoRemoval() {
+    if (m_removed.empty()) {
+        return;
+    }
+    const std::vector<std::shared_ptr<Snippet>> removed = std::exchange(m_removed, {});
+    forgetRemoved();
+    for (const std::shared_ptr<Snippet>& snippet : removed) {
+        m_database->addSnippet(snippet);
+    }
+    selectSnippet(*removed.back());
+}
+
+void SnippetsWindow::forgetRemoved() {
+    m_removed.clear();
+    m_undoBar->hide();
+    if (m_undoTimer) {
+        m_undoTimer->invalidate();
+        m_undoTimer.reset();
+    }
+}
+
+void SnippetsWindow::showImportResult(const SnippetImportResult& result) {
+    if (result.refusals.empty()) {
+        return;
+    }
+    QStringList details;
+    for (const SnippetImportRefusal& refusal : result.refusals) {
+        details += refusal.description();
+    }
+    const auto imported = static_cast<qint64>(result.importedCount);
+    const auto refused = static_cast<qint64>(result.refusals.size());
+    m_messageBar->showMessage(
+        QStringLiteral("%1 imported, %2 not").arg(numbered(imported, "file was", "files were")).arg(refused), details);
+}
+
+void SnippetsWindow::selectSnippet(const _LTSnippet& snippet) {
+    QModelIndex index = m_model->indexOf(snippet);
+    if (!index.isValid()) {
+        // A search that it does not match hides it.
+        m_search->clear();
+        index = m_model->indexOf(snippet);
+    }
+    selectRow(index.row());
+}
+
+void SnippetsWindow::searchHasChanged() {
+    m_clearSearch->setVisible(!m_search->text().isEmpty());
+    m_model->setSearch(m_search->text());
+    m_list->setPlaceholderText(m_model->isSearching()
+                                   ? QStringLiteral("No snippet has all of these words.")
+                                   : QStringLiteral("No snippets yet.\n\nCopy some text, then press Ctrl+V here."));
+    // While searching, Return takes the first match; without a search, what was selected stays.
+    if (m_model->isSearching() || !selectedSnippet()) {
+        selectRow(0);
+    } else {
+        m_list->scrollTo(m_list->currentIndex());
+    }
+    selectionHasChanged();
+    updateCount();
+}
+
+void SnippetsWindow::selectionHasChanged() {
+    const bool isSelected = selectedSnippet() != nullptr;
+    m_copy->setEnabled(isSelected);
+    m_remove->setEnabled(isSelected);
+    updatePreview();
+}
+
+void SnippetsWindow::updatePreview() {
+    const std::shared_ptr<Snippet> snippet = selectedSnippet();
+    m_title->setText(snippet ? m_model->data(m_model->indexOf(*snippet)).toString() : QString());
+    m_dates->setText(snippet ? datesText(*snippet) : QString());
+    const QString text = snippet ? snippet->text().first(std::min(snippet->text().size(), longestPreview)) : QString();
+    // Setting it anew would take the user's place in the text away.
+    if (m_previewedText != text) {
+        m_previewedText = text;
+        m_preview->setPlainText(text);
+    }
+}
+
+void SnippetsWindow::updateCount() {
+    const QString total = numbered(m_model->totalCount(), "snippet", "snippets");
+    m_status->setText(m_model->isSearching()
+                          ? QLocale(QLocale::English).toString(m_model->rowCount()) + QStringLiteral(" of ") + total
+                          : total);
+}
+
+void SnippetsWindow::sayForAWhile(const QString& status) {
+    m_status->setText(status);
+    if (m_statusTimer) {
+        m_statusTimer->invalidate();
+    }
+    m_statusTimer =
+        NSTimer::scheduledTimerWithTimeInterval(statusTime, NSTimerRepeats::No, [this](NSTimer&) { updateCount(); });
+}
+
+void SnippetsWindow::leave() {
+    saveFrame();
+    if (m_whenLeft == WhenLeft::Minimises) {
+        showMinimized();
+        return;
+    }
+    hide();
+    Q_EMIT left();
+}
+
+void SnippetsWindow::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (event->spontaneous()) {
+        return;
+    }
+    m_search->setFocus();
+    m_search->selectAll();
+    if (!selectedSnippet()) {
+        selectRow(0);
+    }
+    m_clockTimer = NSTimer::scheduledTimerWithTimeInterval(clockInterval, NSTimerRepeats::Yes,
+                                                           [this](NSTimer&) { m_list->viewport()->update(); });
+}
+
+void SnippetsWindow::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    if (!event->spontaneous() && m_clockTimer) {
+        m_clockTimer->invalidate();
+        m_clockTimer.reset();
+    }
+    if (!event->spontaneous()) {
+        // The next time starts afresh, at the snippet that was selected.
+        m_search->clear();
+    }
+}
+
+void SnippetsWindow::keyPressEvent(QKeyEvent* event) {
+    // From widgets that are not filtered, those of the message bars.
+    if (!handleKeyPress(nullptr, event)) {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void SnippetsWindow::closeEvent(QCloseEvent* event) {
+    saveFrame();
+    QWidget::closeEvent(event);
+    Q_EMIT closed();
+}
+
+bool SnippetsWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyPress && handleKeyPress(watched, static_cast<QKeyEvent*>(event))) {
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+bool SnippetsWindow::handleKeyPress(QObject* receiver, QKeyEvent* event) {
+    const bool isInSearch = receiver == m_search;
+    if (handleCommandKey(receiver, *event)) {
+        return true;
+    }
+    if (!hasOnly(*event, Qt::NoModifier)) {
+        return passToSearch(receiver, event);
+    }
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (auto* button = qobject_cast<QPushButton*>(receiver)) {
+            button->click();
+        } else if (copySelected()) {
+            leave();
+        }
+        return true;
+    case Qt::Key_Escape:
+        if (m_search->text().isEmpty()) {
+            leave();
+        } else {
+            m_search->clear();
+            m_search->setFocus();
+        }
+        return true;
+    case Qt::Key_Delete:
+        if (isInSearch && (m_search->hasSelectedText() || m_search->cursorPosition() < m_search->text().size())) {
+            return false;
+        }
+        // A key held down deletes characters, never snippets.
+        if (!event->isAutoRepeat()) {
+            removeSelected();
+        }
+        return true;
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        return isInSearch && passToList(event);
+    default:
+        return passToSearch(receiver, event);
+    }
+}
+
+/// Keys with Control, which stay what they are in a text that has something selected.
+bool SnippetsWindow::handleCommandKey(QObject* receiver, const QKeyEvent& event) {
+    if (!hasOnly(event, Qt::ControlModifier)) {
+        return false;
+    }
+    const bool isInSelectedText = (receiver == m_search && m_search->hasSelectedText()) ||
+                                  (receiver == m_preview && m_preview->textCursor().hasSelection());
+    switch (event.key()) {
+    case Qt::Key_V:
+        if (receiver == m_search && isInSelectedText) {
+            return false;
+        }
+        if (!event.isAutoRepeat()) {
+            addFromClipboard();
+        }
+        return true;
+    case Qt::Key_C:
+        if (isInSelectedText) {
+            return false;
+        }
+        copySelected();
+        return true;
+    case Qt::Key_Z:
+        if (!canUndoRemoval()) {
+            return false;
+        }
+        undoRemoval();
+        return true;
+    case Qt::Key_F:
+        m_search->setFocus();
+        m_search->selectAll();
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool SnippetsWindow::passToList(QKeyEvent* event) {
+    QCoreApplication::sendEvent(m_list, event);
+    return true;
+}
+
+/// Typing anywhere but in the search field goes there, and so does the key that takes back what was typed.
+bool SnippetsWindow::passToSearch(QObject* receiver, QKeyEvent* event) {
+    constexpr Qt::KeyboardModifiers commands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    const QString text = event->text();
+    const bool isTyping = !text.isEmpty() && (text.at(0).isPrint() || event->key() == Qt::Key_Backspace);
+    const bool pressesButton = qobject_cast<QPushButton*>(receiver) && event->key() == Qt::Key_Space;
+    if (receiver == m_search || !isTyping || pressesButton || (event->modifiers() & commands)) {
+        return false;
+    }
+    m_search->setFocus();
+    m_search->deselect();
+    m_search->setCursorPosition(static_cast<int>(m_search->text().size()));
+    QCoreApplication::sendEvent(m_search, event);
+    return true;
+}

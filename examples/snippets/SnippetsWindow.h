@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QWidget>
+
+#include <memory>
+#include <vector>
+
+class ElidedLabel;
+class MessageBar;
+class NSTimer;
+class QAction;
+class QKeyEvent;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+class QSplitter;
+class Snippet;
+class SnippetsDatabase;
+class SnippetsListModel;
+class SnippetsListView;
+class _LTSnippet;
+struct SnippetImportResult;
+
+/// The program's window: search, the list, and the selected snippet with its text.
+///
+///     ┌───────────────────────────────────────────────┐
+///     │ 🔍 Search snippets                          ✕ │
+///     ├──────────────────┬────────────────────────────┤
+///     │ Title      14:02 │ Title                      │
+///     │ First line       │ Created … Used 3 times     │
+///     │ Title  Yesterday │ ┌────────────────────────┐ │
+///     │ First line       │ │ text                   │ │
+///     ├──────────────────┴────────────────────────────┤
+///     │ 214 snippets     Add from Clipboard Remove Copy│
+///     └───────────────────────────────────────────────┘
+///
+/// It is made for the keyboard: whatever has the focus, typing searches, Up and Down move through the list, Return
+/// copies and leaves, Delete removes, Ctrl+V adds from the clipboard, Escape clears the search and then leaves.
+class SnippetsWindow : public QWidget {
+    Q_OBJECT
+
+public:
+    /// What becomes of the window when it is left by Return or Escape.
+    enum class WhenLeft {
+        Hides,
+        Minimises, ///< where nothing could bring a hidden window back
+    };
+
+    explicit SnippetsWindow(std::shared_ptr<SnippetsDatabase> database);
+    ~SnippetsWindow() override;
+
+    void setWhenLeft(WhenLeft whenLeft) { m_whenLeft = whenLeft; }
+
+    [[nodiscard]] SnippetsListModel& model() const { return *m_model; }
+
+    /// Searches as if `search` had been typed; the first match is selected.
+    void setSearch(const QString& search);
+
+    /// Selects the snippet of a row, or nothing where there is no such row.
+    void selectRow(int row);
+
+    /// The selected record, or null.
+    [[nodiscard]] std::shared_ptr<Snippet> selectedSnippet() const;
+
+    /// Adds a snippet of the text on the clipboard and selects it. False where there is no text, which the window says.
+    bool addFromClipboard();
+
+    /// Copies the selected snippet to the clipboard and counts the use. False where nothing is selected.
+    bool copySelected();
+
+    /// Removes the selected snippet. For a while a bar offers to undo that; removals made meanwhile are undone
+    /// together.
+    void removeSelected();
+
+    /// Puts back what the bar offers to put back: the same records, with all that belonged to them.
+    void undoRemoval();
+    [[nodiscard]] bool canUndoRemoval() const { return !m_removed.empty(); }
+
+    /// Tells what an import did, where it is worth telling: when something was refused.
+    void showImportResult(const SnippetImportResult& result);
+
+    /// Keeps size, place and division of the window for the next launch.
+    void saveFrame() const;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+Q_SIGNALS:
+    /// The user is done and the window out of the way.
+    void left();
+    /// The user has closed the window by its frame.
+    void closed();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void makeWidgets();
+    void layOutWidgets();
+    void connectWidgets();
+    void restoreFrame();
+    bool handleKeyPress(QObject* receiver, QKeyEvent* event);
+    bool handleCommandKey(QObject* receiver, const QKeyEvent& event);
+    bool passToList(QKeyEvent* event);
+    bool passToSearch(QObject* receiver, QKeyEvent* event);
+    void leave();
+    void searchHasChanged();
+    void selectionHasChanged();
+    void updatePreview();
+    void updateCount();
+    void sayForAWhile(const QString& status);
+    void forgetRemoved();
+    void selectSnippet(const _LTSnippet& snippet);
+
+    std::shared_ptr<SnippetsDatabase> m_database;
+    WhenLeft m_whenLeft = WhenLeft::Hides;
+    SnippetsListModel* m_model;
+
+    MessageBar* m_messageBar = nullptr;
+    MessageBar* m_undoBar = nullptr;
+    QLineEdit* m_search = nullptr;
+    QAction* m_clearSearch = nullptr;
+    QSplitter* m_splitter = nullptr;
+    SnippetsListView* m_list = nullptr;
+    QWidget* m_detail = nullptr;
+    ElidedLabel* m_title = nullptr;
+    QLabel* m_dates = nullptr;
+    QPlainTextEdit* m_preview = nullptr;
+    ElidedLabel* m_status = nullptr;
+    QPushButton* m_add = nullptr;
+    QPushButton* m_remove = nullptr;
+    QPushButton* m_copy = nullptr;
+
+    QString m_previewedText;
+    std::vector<std::shared_ptr<Snippet>> m_removed; // what the undo bar would put back
+    std::shared_ptr<NSTimer> m_undoTimer;
+    std::shared_ptr<NSTimer> m_statusTimer;
+    std::shared_ptr<NSTimer> m_clockTimer; // for dates that are told seen from now; only while the window is visible
+};

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+// The program itself, in a process of its own.
+#include <VXKit/platform/foundation/NSPropertyList.h>
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+
+namespace {
+
+constexpr int waitingTime = 30000; // milliseconds
+
+class SnippetsProgram : public testing::Test {
+protected:
+    QString write(const char* name, const QByteArray& bytes) const {
+        QFile file(folder.filePath(QString::fromLatin1(name)));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        return file.fileName();
+    }
+
+    /// Starts the program with a home folder that all programs of one test share.
+    std::unique_ptr<QProcess> start(const QStringList& arguments, const char* platform = "offscreen") const {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("HOME"), home.path());
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QString::fromLatin1(platform));
+        environment.remove(QStringLiteral("DISPLAY"));
+        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        auto process = std::make_unique<QProcess>();
+        process->setProcessEnvironment(environment);
+        process->setWorkingDirectory(folder.path());
+        process->start(QStringLiteral(SNIPPETS_PROGRAM), arguments);
+        EXPECT_TRUE(process->waitForStarted(waitingTime));
+        return process;
+    }
+
+    /// The titles in the program's file; empty where there is none.
+    std::vector<std::string> savedTitles() const {
+        std::vector<std::string> titles;
+        const QString path = home.filePath(QStringLiteral("Library/Preferences/Snippets.plist"));
+        if (!QFile::exists(path)) {
+            return titles;
+        }
+        const std::optional<NSDictionary> content = NSDictionary::dictionaryWithContentsOfFile(path);
+        const NSArray* records = content ? content->objectOfType<NSArray>("contents") : nullptr;
+        for (const NSPropertyList& record : records ? *records : NSArray()) {
+            const auto* title = record.as<NSDictionary>()->objectOfType<std::string>("title");
+            titles.push_back(title ? *title : std::string());
+        }
+        return titles;
+    }
+
+    bool waitForSavedTitles() const {
+        return QTest::qWaitFor([&] { return !savedTitles().empty(); }, waitingTime);
+    }
+
+    static bool endsNormally(QProcess& process) {
+        return process.waitForFinished(waitingTime) && process.exitStatus() == QProcess::NormalExit;
+    }
+
+    int argc = 1;
+    char testName[5] = "test";
+    char* argv[2] = {testName, nullptr};
+    QCoreApplication application{argc, argv};
+    QTemporaryDir home;
+    QTemporaryDir folder;
+};
+
+TEST_F(SnippetsProgram, ImportsFilesTellsRefusalsAndEndsInOrderWhenAsked) {
+    const std::unique_ptr<QProcess> program =
+        start({write("one.txt", "one"), write("bad.bin", QByteArray("\0", 1)), write("two.txt", "two")});
+    ASSERT_TRUE(waitForSavedTitles());
+
+    ASSERT_EQ(::kill(static_cast<pid_t>(program->processId()), SIGTERM), 0);
+    ASSERT_TRUE(endsNormally(*program));
+
+    EXPECT_EQ(program->exitCode(), 0);
+    EXPECT_THAT(savedTitles(), testing::ElementsAre("one.txt", "two.txt"));
+    const QByteArray refusal =
+        "snippets: " + folder.filePath(QStringLiteral("bad.bin")).toUtf8() + ": is not text: NUL byte at offset 0\n";
+    EXPECT_THAT(program->readAllStandardError().toStdString(), testing::HasSubstr(refusal.toStdString()));
+    EXPECT_FALSE(QFile::exists(home.filePath(QStringLiteral("Library/Preferences/Snippets.plist.lock"))));
+}
+
+TEST_F(SnippetsProgram, ShowsTheSnippetsOfTheLaunchBefore) {
+    for (const char* file : {"one.txt", "two.txt"}) {
+        const std::size_t before = savedTitles().size();
+        const std::unique_ptr<QProcess> program = start({write(file, "text")});
+        ASSERT_TRUE(QTest::qWaitFor([&] { return savedTitles().size() > before; }, waitingTime));
+        ::kill(static_cast<pid_t>(program->processId()), SIGTERM);
+        ASSERT_TRUE(endsNormally(*program));
+    }
+    EXPECT_THAT(savedTitles(), testing::ElementsAre("one.txt", "two.txt"));
+}
+
+TEST_F(SnippetsProgram, RefusesToRunTwiceOnOneFile) {
+    const std::unique_ptr<QProcess> first = start({write("one.txt", "one")});
+    ASSERT_TRUE(waitForSavedTitles());
+
+    const std::unique_ptr<QProcess> second = start({write("two.txt", "two")});
+    ASSERT_TRUE(endsNormally(*second));
+    EXPECT_EQ(second->exitCode(), 1);
+    const QByteArray reason = "snippets: is already running (process " + QByteArray::number(first->processId()) + ")\n";
+    EXPECT_THAT(second->readAllStandardError().toStdString(), testing::HasSubstr(reason.toStdString()));
+
+    ::kill(static_cast<pid_t>(first->processId()), SIGTERM);
+    ASSERT_TRUE(endsNormally(*first));
+    EXPECT_THAT(savedTitles(), testing::ElementsAre("one.txt"));
+}
+
+TEST_F(SnippetsProgram, TourTakesItsPicturesAndTellsTheFile) {
+    const std::unique_ptr<QProcess> program = start({QStringLiteral("--tour"), folder.filePath(QStringLiteral("tour")),
+                                                     write("one.txt", "one"), write("two.txt", "two")});
+    ASSERT_TRUE(endsNormally(*program));
+
+    EXPECT_EQ(program->exitCode(), 0) << program->readAllStandardError().constData();
+    QByteArray expected;
+    for (const char* picture : {"01-list", "02-search", "03-selected", "04-added", "05-removed", "06-help"}) {
+        const QString path = folder.filePath(QStringLiteral("tour/%1.png").arg(QString::fromLatin1(picture)));
+        EXPECT_FALSE(QImage(path).isNull()) << picture;
+        expected += path.toUtf8() + '\n';
+    }
+    expected += home.filePath(QStringLiteral("Library/Preferences/Snippets.plist")).toUtf8() + ": 2 records\n";
+    EXPECT_EQ(program->readAllStandardOutput().toStdString(), expected.toStdString());
+    EXPECT_THAT(savedTitles(), testing::ElementsAre("one.txt", "two.txt"));
+}
+
+TEST_F(SnippetsProgram, TourFailsWithoutSnippets) {
+    const std::unique_ptr<QProcess> program =
+        start({QStringLiteral("--tour"), folder.filePath(QStringLiteral("tour"))});
+    ASSERT_TRUE(endsNormally(*program));
+    EXPECT_EQ(program->exitCode(), 1);
+    EXPECT_THAT(program->readAllStandardError().toStdString(), testing::HasSubstr("there are no snippets to show"));
+}
+
+TEST_F(SnippetsProgram, TellsItsVersionAndUsageWithoutADisplay) {
+    for (const char* question : {"--version", "--help"}) {
+        const std::unique_ptr<QProcess> program = start({QString::fromLatin1(question)}, "xcb");
+        ASSERT_TRUE(endsNormally(*program));
+        EXPECT_EQ(program->exitCode(), 0);
+        EXPECT_THAT(program->readAllStandardOutput().toStdString(), testing::HasSubstr("snippets"));
+    }
+}
+
+TEST_F(SnippetsProgram, RefusesAnOptionItDoesNotKnow) {
+    const std::unique_ptr<QProcess> program = start({QStringLiteral("--unknown")});
+    ASSERT_TRUE(endsNormally(*program));
+    EXPECT_EQ(program->exitCode(), 1);
+    EXPECT_THAT(program->readAllStandardError().toStdString(), testing::HasSubstr("unknown"));
+    EXPECT_TRUE(savedTitles().empty());
+}
+
+} // namespace

@@ -1,0 +1,384 @@
+// SPDX-License-Identifier: MIT
+#include "SnippetsHost.h"
+
+#include <MessageBar.h>
+#include <SnippetPasteboard.h>
+#include <SnippetsListModel.h>
+#include <SnippetsListView.h>
+#include <SnippetsWindow.h>
+
+#include <VXKit/platform/appkit/NSApplication.h>
+#include <VXKit/platform/appkit/NSPasteboard.h>
+#include <VXKit/platform/foundation/NSTimer.h>
+#include <VXKit/support/NSPasteboard+VXKitAdditions.h>
+
+#include <QFile>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWindow>
+
+namespace {
+
+class SnippetsWindowTest : public SnippetsHost {
+protected:
+    /// The window with three snippets, shown and with the keyboard.
+    void SetUp() override {
+        add(1.0, "Oldest", "oldest text");
+        add(2.0, "Middle", "middle text");
+        add(3.0, "Newest", "newest text");
+        window = std::make_unique<SnippetsWindow>(database);
+        show();
+    }
+
+    void show() {
+        window->show();
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    }
+
+    /// Through the window, as the user's keys come, to whatever has the focus.
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(window->windowHandle(), key, modifiers);
+    }
+    void type(const char* text) {
+        for (; *text; ++text) {
+            QTest::keyClick(window->windowHandle(), *text);
+        }
+    }
+
+    static void setClipboard(const char* text) {
+        NSPasteboard::generalPasteboard().clearContents();
+        NSPasteboard::generalPasteboard().setString(QString::fromUtf8(text), QString::fromLatin1(NSStringPboardType));
+    }
+    static QString clipboard() { return stringValue(NSPasteboard::generalPasteboard()); }
+
+    std::string selectedTitle() const {
+        const std::shared_ptr<Snippet> selected = window->selectedSnippet();
+        return selected ? selected->title().toStdString() : "nothing";
+    }
+
+    QLineEdit* search() const { return window->findChild<QLineEdit*>(); }
+    SnippetsListView* list() const { return dynamic_cast<SnippetsListView*>(window->findChild<QListView*>()); }
+    MessageBar* undoBar() const { return window->findChild<MessageBar*>(QStringLiteral("undoBar")); }
+    QPushButton* button(const char* title) const {
+        for (QPushButton* candidate : window->findChildren<QPushButton*>()) {
+            if (candidate->text() == QString::fromUtf8(title)) {
+                return candidate;
+            }
+        }
+        return nullptr;
+    }
+    QString previewedText() const {
+        return window->findChild<QPlainTextEdit*>(QStringLiteral("preview"))->toPlainText();
+    }
+    int totalCount() const { return window->model().totalCount(); }
+
+    std::unique_ptr<SnippetsWindow> window;
+};
+
+TEST_F(SnippetsWindowTest, OpensWithTheNewestSelectedAndTheKeyboardInTheSearch) {
+    EXPECT_EQ(selectedTitle(), "Newest");
+    EXPECT_TRUE(search()->hasFocus());
+    EXPECT_EQ(previewedText(), QStringLiteral("newest text"));
+}
+
+TEST_F(SnippetsWindowTest, UpAndDownMoveThroughTheListFromTheSearch) {
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    EXPECT_EQ(selectedTitle(), "Oldest");
+    press(Qt::Key_Up);
+    EXPECT_EQ(selectedTitle(), "Middle");
+    EXPECT_TRUE(search()->hasFocus());
+}
+
+TEST_F(SnippetsWindowTest, TypingInTheListSearches) {
+    list()->setFocus();
+    type("mid");
+    EXPECT_EQ(search()->text(), QStringLiteral("mid"));
+    EXPECT_TRUE(search()->hasFocus());
+    EXPECT_EQ(window->model().rowCount(), 1);
+    EXPECT_EQ(selectedTitle(), "Middle");
+
+    list()->setFocus();
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(search()->text(), QStringLiteral("mi"));
+}
+
+TEST_F(SnippetsWindowTest, ReturnCopiesCountsTheUseAndHides) {
+    const QSignalSpy left(window.get(), &SnippetsWindow::left);
+    const double before = NSDate::date().timeIntervalSince1970();
+    press(Qt::Key_Down);
+    const std::shared_ptr<Snippet> middle = window->selectedSnippet();
+    const std::optional<NSDate> modified = middle->dateOfModification();
+    press(Qt::Key_Return);
+
+    EXPECT_EQ(clipboard(), QStringLiteral("middle text"));
+    EXPECT_EQ(middle->useCount(), 1);
+    ASSERT_TRUE(middle->dateOfLastUse());
+    EXPECT_GE(middle->dateOfLastUse()->timeIntervalSince1970(), before);
+    EXPECT_EQ(middle->dateOfModification(), modified);
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(left.count(), 1);
+    EXPECT_TRUE(LTDatabase::isDirty());
+}
+
+TEST_F(SnippetsWindowTest, ReturnWithoutAMatchDoesNothing) {
+    type("nothing like it");
+    press(Qt::Key_Return);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(selectedTitle(), "nothing");
+}
+
+TEST_F(SnippetsWindowTest, ControlCCopiesAndStays) {
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), QStringLiteral("newest text"));
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(SnippetsWindowTest, ControlCCopiesWhatIsSelectedInAField) {
+    type("new");
+    search()->selectAll();
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), QStringLiteral("new"));
+    EXPECT_EQ(window->selectedSnippet()->useCount(), 0);
+}
+
+TEST_F(SnippetsWindowTest, EscapeClearsTheSearchFirstThenHides) {
+    type("mid");
+    press(Qt::Key_Escape);
+    EXPECT_EQ(search()->text(), QString());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(selectedTitle(), "Middle");
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(SnippetsWindowTest, EscapeMinimisesAWindowThatCouldNotBeBroughtBack) {
+    window->setWhenLeft(SnippetsWindow::WhenLeft::Minimises);
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(window->isMinimized());
+    EXPECT_FALSE(window->isHidden());
+}
+
+TEST_F(SnippetsWindowTest, DeleteRemovesAndUndoPutsTheSameRecordBack) {
+    press(Qt::Key_Down);
+    const std::shared_ptr<Snippet> middle = window->selectedSnippet();
+    press(Qt::Key_Delete);
+    EXPECT_EQ(totalCount(), 2);
+    EXPECT_TRUE(undoBar()->isVisible());
+    EXPECT_EQ(undoBar()->text(), QStringLiteral("Removed “Middle”"));
+    EXPECT_EQ(selectedTitle(), "Oldest");
+
+    QTest::mouseClick(button("Undo"), Qt::LeftButton);
+    EXPECT_EQ(totalCount(), 3);
+    EXPECT_FALSE(undoBar()->isVisible());
+    EXPECT_EQ(window->selectedSnippet(), middle);
+    EXPECT_EQ(window->model().indexOf(*middle).row(), 1);
+}
+
+TEST_F(SnippetsWindowTest, ControlZPutsBackEverythingThatTheBarOffers) {
+    press(Qt::Key_Delete);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(undoBar()->text(), QStringLiteral("Removed 2 snippets"));
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(totalCount(), 3);
+    EXPECT_FALSE(window->canUndoRemoval());
+}
+
+TEST_F(SnippetsWindowTest, TheUndoBarGoesAwayByItself) {
+    const NSTimer::IntervalsForTesting intervals([](double) { return 0.0; });
+    press(Qt::Key_Delete);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !undoBar()->isVisible(); }));
+    EXPECT_FALSE(window->canUndoRemoval());
+    EXPECT_EQ(totalCount(), 2);
+}
+
+TEST_F(SnippetsWindowTest, DeleteInTheMiddleOfTheSearchDeletesThere) {
+    type("mid");
+    press(Qt::Key_Home);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(search()->text(), QStringLiteral("id"));
+    EXPECT_EQ(totalCount(), 3);
+}
+
+TEST_F(SnippetsWindowTest, AKeyHeldDownRemovesOneSnippetOnly) {
+    press(Qt::Key_Delete);
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier, {}, true);
+    QCoreApplication::sendEvent(search(), &repeated);
+    EXPECT_EQ(totalCount(), 2);
+}
+
+TEST_F(SnippetsWindowTest, ControlVAddsFromTheClipboardAndSelectsIt) {
+    setClipboard("  Clipped title  \nand more\n");
+    type("oldest");
+    press(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(totalCount(), 4);
+    EXPECT_EQ(selectedTitle(), "Clipped title");
+    EXPECT_EQ(window->selectedSnippet()->text(), QStringLiteral("  Clipped title  \nand more\n"));
+    EXPECT_EQ(search()->text(), QString());
+    EXPECT_EQ(window->model().indexOf(*window->selectedSnippet()).row(), 0);
+}
+
+TEST_F(SnippetsWindowTest, ControlVReplacesWhatIsSelectedInTheSearch) {
+    setClipboard("middle");
+    type("oldest");
+    search()->selectAll();
+    press(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(search()->text(), QStringLiteral("middle"));
+    EXPECT_EQ(totalCount(), 3);
+}
+
+TEST_F(SnippetsWindowTest, AddsNothingFromAClipboardWithoutText) {
+    setClipboard(" \n\t");
+    EXPECT_FALSE(window->addFromClipboard());
+    NSPasteboard::generalPasteboard().clearContents();
+    EXPECT_FALSE(window->addFromClipboard());
+    EXPECT_EQ(totalCount(), 3);
+}
+
+TEST_F(SnippetsWindowTest, ButtonsNeedASelection) {
+    EXPECT_TRUE(button("Copy")->isEnabled());
+    EXPECT_TRUE(button("Remove")->isEnabled());
+    window->selectRow(-1);
+    EXPECT_FALSE(button("Copy")->isEnabled());
+    EXPECT_FALSE(button("Remove")->isEnabled());
+    EXPECT_TRUE(button("Add from Clipboard")->isEnabled());
+    EXPECT_EQ(previewedText(), QString());
+}
+
+TEST_F(SnippetsWindowTest, ReturnOnAButtonPressesIt) {
+    button("Remove")->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_EQ(totalCount(), 2);
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(SnippetsWindowTest, TheSelectionSurvivesWhatHappensInTheDatabase) {
+    press(Qt::Key_Down);
+    add(4.0, "Newer still");
+    database->removeSnippet(std::shared_ptr<_LTSnippet>(database->snippets()[0]));
+    EXPECT_EQ(selectedTitle(), "Middle");
+}
+
+TEST_F(SnippetsWindowTest, WhatComesIntoAnEmptyListIsSelected) {
+    for (int removed = 0; removed < 3; ++removed) {
+        press(Qt::Key_Delete);
+    }
+    EXPECT_EQ(selectedTitle(), "nothing");
+    add(5.0, "First to come");
+    add(6.0, "Next");
+    EXPECT_EQ(selectedTitle(), "First to come");
+    EXPECT_TRUE(button("Copy")->isEnabled());
+}
+
+TEST_F(SnippetsWindowTest, SaysSoWhereThereIsNothingToShow) {
+    EXPECT_EQ(list()->shownPlaceholderText(), QString());
+    type("nothing like it");
+    EXPECT_EQ(list()->shownPlaceholderText(), QStringLiteral("No snippet has all of these words."));
+    press(Qt::Key_Escape);
+    for (int removed = 0; removed < 3; ++removed) {
+        press(Qt::Key_Delete);
+    }
+    EXPECT_TRUE(list()->shownPlaceholderText().startsWith(QStringLiteral("No snippets yet.")));
+}
+
+TEST_F(SnippetsWindowTest, TellsWhatWasNotImportedAndTheDetails) {
+    auto* bar = window->findChild<MessageBar*>(QStringLiteral("messageBar"));
+    window->showImportResult({.importedCount = 3, .refusals = {}});
+    EXPECT_FALSE(bar->isVisible());
+
+    window->showImportResult({.importedCount = 1,
+                              .refusals = {{.name = QStringLiteral("a.png"), .reason = QStringLiteral("is empty")},
+                                           {.name = QStringLiteral("b"), .reason = QStringLiteral("is large")}}});
+    EXPECT_TRUE(bar->isVisible());
+    EXPECT_EQ(bar->text(), QStringLiteral("1 file was imported, 2 not"));
+    EXPECT_EQ(bar->details(), QStringLiteral("a.png: is empty\nb: is large"));
+    EXPECT_FALSE(bar->findChild<QPlainTextEdit*>()->isVisible());
+    for (QPushButton* details : bar->findChildren<QPushButton*>()) {
+        if (details->text() == QStringLiteral("Details")) {
+            details->click();
+        }
+    }
+    EXPECT_TRUE(bar->findChild<QPlainTextEdit*>()->isVisible());
+}
+
+TEST_F(SnippetsWindowTest, KeepsItsFrameForTheNextLaunch) {
+    window->resize(700, 444);
+    press(Qt::Key_Escape);
+    window = std::make_unique<SnippetsWindow>(database);
+    EXPECT_EQ(window->size(), QSize(700, 444));
+}
+
+TEST_F(SnippetsWindowTest, EveryPlaceForTheKeyboardHasAnAccessibleName) {
+    for (const QWidget* widget : window->findChildren<QWidget*>()) {
+        if (widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus) && widget->focusProxy() == nullptr &&
+            !widget->inherits("QSplitter")) {
+            EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->metaObject()->className();
+        }
+    }
+}
+
+class SnippetsApplicationTest : public SnippetsHost {
+protected:
+    void SetUp() override {
+        if (!application.start()) {
+            GTEST_FAIL() << "The application does not start";
+        }
+    }
+};
+
+TEST_F(SnippetsApplicationTest, ShowsTheWindowAtOnceWhereThereIsNoTray) {
+    EXPECT_TRUE(application.window().isVisible());
+}
+
+TEST_F(SnippetsApplicationTest, ClosingTheOnlyWindowEndsTheProgramWhereThereIsNoTray) {
+    int terminations = 0;
+    const NSNotificationObservation observation = NSNotificationCenter::defaultCenter().addObserverForName(
+        NSApplicationWillTerminateNotification, nullptr, [&](const NSNotification&) { ++terminations; });
+    application.window().close();
+    EXPECT_EQ(terminations, 1);
+}
+
+TEST_F(SnippetsApplicationTest, TogglesAndClosesItsWindowAsTheKitAsks) {
+    LTApplicationController* controller = VXApplicationHooks().applicationController();
+    ASSERT_TRUE(controller);
+    controller->toggleMainWindow();
+    EXPECT_FALSE(application.window().isVisible());
+    controller->toggleMainWindow();
+    EXPECT_TRUE(application.window().isVisible());
+    EXPECT_TRUE(application.isActive());
+    controller->closeMainWindow();
+    controller->closeMainWindow();
+    EXPECT_FALSE(application.window().isVisible());
+}
+
+TEST_F(SnippetsApplicationTest, HasAHelpPage) {
+    EXPECT_EQ(application.helpURL().scheme(), QStringLiteral("qrc"));
+    EXPECT_TRUE(QFile::exists(QLatin1Char(':') + application.helpURL().path()));
+}
+
+TEST_F(SnippetsApplicationTest, HasItsImages) {
+    for (const char* image : {"StatusIcon", "StatusIconHighlighted", "Snippets", "Search", "Close"}) {
+        const QIcon icon(QStringLiteral(":/images/%1.svg").arg(QString::fromLatin1(image)));
+        EXPECT_FALSE(icon.pixmap(22, 22).isNull()) << image;
+    }
+}
+
+TEST_F(SnippetsApplicationTest, ImportedFilesAreSavedAtOnce) {
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("note.txt")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("text") == 4);
+    file.close();
+    application.importPaths({file.fileName()});
+
+    EXPECT_FALSE(LTDatabase::isDirty());
+    const std::optional<NSDictionary> content = NSDictionary::dictionaryWithContentsOfFile(database->path());
+    ASSERT_TRUE(content);
+    EXPECT_EQ(content->objectOfType<NSArray>("contents")->size(), 1U);
+}
+
+} // namespace
