@@ -145,6 +145,35 @@ bool VXWriteFileAtomically(const QString& path, std::string_view bytes, NSError*
     return syncFolder(folder) || fail("bring its folder to the disk");
 }
 
+bool VXWriteFileInPlace(const QString& path, std::string_view bytes, NSError* error) {
+    const QByteArray name = QFile::encodeName(path);
+    const auto fail = [&](const char* step) {
+        NSSetError(error, failure(name, step));
+        return false;
+    };
+    if (name.isEmpty() || name.contains('\0')) {
+        errno = EINVAL;
+        return fail("write a file of that name");
+    }
+    // Without O_NONBLOCK, opening a pipe waits for somebody to read from it.
+    FileDescriptor file(::open(name.constData(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666));
+    if (!file.isOpen()) {
+        return fail("open");
+    }
+    struct stat status {};
+    if (::fstat(file.get(), &status) != 0) {
+        return fail("write");
+    }
+    if (!S_ISREG(status.st_mode)) {
+        errno = EINVAL;
+        return fail("write to what is no file");
+    }
+    if (::ftruncate(file.get(), 0) != 0) {
+        return fail("empty");
+    }
+    return (writeAll(file.get(), bytes) && file.close()) || fail("write");
+}
+
 std::optional<std::string> VXReadFile(const QString& path, NSError* error) {
     const QByteArray name = QFile::encodeName(path);
     const auto fail = [&](const char* step) {

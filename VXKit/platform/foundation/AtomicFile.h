@@ -18,6 +18,12 @@
 /// bring the old one back. AppKit: the atomic form of `-writeToFile:options:error:`.
 [[nodiscard]] VXKIT_EXPORT bool VXWriteFileAtomically(const QString& path, std::string_view bytes, NSError* error);
 
+/// Writes `bytes` over the content of the file at `path`, which is made where there is none. Whoever reads it
+/// meanwhile, or after a crash, may find half of it, so this is for files that somebody else can make again. False,
+/// with the reason in `error`, when not all of it was written. AppKit: the form of `-writeToFile:options:error:` that
+/// is not atomic.
+[[nodiscard]] VXKIT_EXPORT bool VXWriteFileInPlace(const QString& path, std::string_view bytes, NSError* error);
+
 /// The whole content of the regular file at `path` (links are followed), or nothing with the reason in `error`. A
 /// folder, a pipe or a device is refused without being waited for.
 [[nodiscard]] VXKIT_EXPORT std::optional<std::string> VXReadFile(const QString& path, NSError* error);

@@ -8,17 +8,10 @@
 #include <VXKit/platform/foundation/PropertyListOrder.h>
 #include <VXKit/platform/foundation/PropertyListTextWriter.h>
 
-#include <QFile>
-
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstring>
-#include <fcntl.h>
 #include <limits>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -90,54 +83,6 @@ std::int64_t wholePart(double value) {
         return highestInteger;
     }
     return value < -tooLarge ? lowestInteger : static_cast<std::int64_t>(value);
-}
-
-/// Writes `bytes` over the file at `path`, in place: whoever reads meanwhile, or after a crash, may find half of it.
-bool writeInPlace(const QString& path, std::string_view bytes, NSError* error) {
-    const QByteArray name = QFile::encodeName(path);
-    const auto fail = [&](const char* step) {
-        NSSetError(error, QStringLiteral("%1: cannot %2: %3")
-                              .arg(path, QString::fromLatin1(step), QString::fromLocal8Bit(std::strerror(errno))));
-        return false;
-    };
-    if (name.isEmpty() || name.contains('\0')) {
-        errno = EINVAL;
-        return fail("write a file of that name");
-    }
-    // Without O_NONBLOCK, opening a pipe waits for somebody to read from it.
-    const int file = ::open(name.constData(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
-    if (file < 0) {
-        return fail("open");
-    }
-    const auto giveUp = [&](const char* step) {
-        const int reason = errno;
-        ::close(file);
-        errno = reason;
-        return fail(step);
-    };
-    struct stat status {};
-    if (::fstat(file, &status) != 0) {
-        return giveUp("write");
-    }
-    if (!S_ISREG(status.st_mode)) {
-        errno = EINVAL;
-        return giveUp("write to what is not a file");
-    }
-    if (::ftruncate(file, 0) != 0) {
-        return giveUp("empty");
-    }
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(file, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written <= 0) {
-            errno = written == 0 ? ENOSPC : errno;
-            return giveUp("write");
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return ::close(file) == 0 || fail("write");
 }
 
 bool keysAreInOrder(const std::vector<const NSDictionary::Entry*>& entries, std::size_t first) {
@@ -214,7 +159,8 @@ bool NSDictionary::writeToFile(const QString& path, bool atomically) const {
         NSLog("Cannot write a dictionary: %@: %@", path, error.localizedDescription);
         return false;
     }
-    const bool written = atomically ? VXWriteFileAtomically(path, *bytes, &error) : writeInPlace(path, *bytes, &error);
+    const bool written =
+        atomically ? VXWriteFileAtomically(path, *bytes, &error) : VXWriteFileInPlace(path, *bytes, &error);
     if (!written) {
         NSLog("Cannot write a dictionary: %@", error.localizedDescription);
     }
