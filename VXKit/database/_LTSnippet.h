@@ -47,7 +47,9 @@ public:
     /// Sets the modification date to `date`.
     virtual void updateModificationDateWithDate(std::optional<NSDate> date);
 
-    /// The record as it goes into the file, property-list values only. Abstract: the base class answers nil.
+    /// The record as it goes into the file, property-list values only. Text with control characters other than tab and
+    /// line ends, and dates outside the years 1 to 9999, cannot be written, and one of them keeps the whole store from
+    /// being saved: a record that may hold such text stores it as data. Abstract: the base class answers nil.
     [[nodiscard]] virtual std::optional<NSDictionary> dictionaryRepresentation() const;
 
     /// Takes the record's fields from what dictionaryRepresentation gave; what is missing there stays as it is.

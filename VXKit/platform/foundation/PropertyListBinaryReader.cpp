@@ -261,7 +261,7 @@ void PropertyListBinaryReader::readKey(std::uint64_t object, std::uint64_t asked
 
 void PropertyListBinaryReader::openContainer(std::uint64_t object, std::uint64_t offset, const Head& head) {
     const bool isDictionary = head.kind == Dictionary;
-    const std::uint64_t widthOfEntry = m_referenceWidth * (isDictionary ? 2U : 1U);
+    const std::uint64_t widthOfEntry = std::uint64_t{m_referenceWidth} * (isDictionary ? 2 : 1);
     if (head.count > m_objectsEnd / widthOfEntry) {
         fail(offset, QStringLiteral("an object reaches beyond the objects' end"));
     }

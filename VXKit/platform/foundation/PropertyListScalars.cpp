@@ -15,18 +15,19 @@ constexpr double firstSecond = -62135596800;  // 0001-01-01 00:00:00
 constexpr double endOfSeconds = 253402300800; // 10000-01-01 00:00:00
 
 constexpr std::string_view base64Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr int notBase64 = -1;
+/// The value of what is no digit of base 64.
+constexpr unsigned notBase64 = 64;
 
-constexpr std::array<signed char, 256> base64Values() {
-    std::array<signed char, 256> values{};
+constexpr std::array<std::uint8_t, 256> base64Values() {
+    std::array<std::uint8_t, 256> values{};
     values.fill(notBase64);
     for (std::size_t index = 0; index < base64Alphabet.size(); ++index) {
-        values[static_cast<unsigned char>(base64Alphabet[index])] = static_cast<signed char>(index);
+        values[static_cast<unsigned char>(base64Alphabet[index])] = static_cast<std::uint8_t>(index);
     }
     return values;
 }
 
-constexpr std::array<signed char, 256> base64Value = base64Values();
+constexpr std::array<std::uint8_t, 256> base64Value = base64Values();
 
 /// Reads a date from the left, field by field; one missed field makes all that follow fail.
 class DateScanner {
@@ -205,9 +206,9 @@ std::optional<NSData> VXParseBase64(std::string_view text) {
     int digits = 0;
     int padding = 0;
     for (const char character : text) {
-        const int value = base64Value[static_cast<unsigned char>(character)];
+        const unsigned value = base64Value[static_cast<unsigned char>(character)];
         if (value != notBase64 && padding == 0) {
-            group = group << 6 | static_cast<std::uint32_t>(value);
+            group = group << 6 | value;
             if (++digits == 4) {
                 bytes.push_back(static_cast<std::uint8_t>(group >> 16));
                 bytes.push_back(static_cast<std::uint8_t>(group >> 8));
