@@ -5,12 +5,15 @@
 #include <VXKit/platform/desktop/NSWorkspace.h>
 #include <VXKit/platform/foundation/AtomicFile.h>
 
-#include <QApplication>
+#include <QCoreApplication>
+#include <QFile>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QPointer>
 #include <QShortcut>
 #include <QTextBrowser>
 #include <QVBoxLayout>
+#include <QWidget>
 
 namespace {
 

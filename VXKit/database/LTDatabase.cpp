@@ -64,6 +64,16 @@ bool removeFirstWithIDOf(const _LTSnippet& snippet, LTSnippetArray& list) {
     return true;
 }
 
+/// Calls `work` with each record of `list`, by index and with the count read again each time: a record's own code may
+/// add to the list meanwhile.
+template <class Work>
+void forEachInOrder(const std::vector<std::shared_ptr<_LTSnippet>>& list, Work work) {
+    // NOLINTNEXTLINE(modernize-loop-convert)
+    for (std::size_t index = 0; index < list.size(); ++index) {
+        work(std::shared_ptr<_LTSnippet>(list[index]));
+    }
+}
+
 /// The store of the process. The reference is given up when the application terminates, while the store may live on by
 /// its timer and is then still the shared one.
 struct SharedDatabase {
@@ -180,7 +190,9 @@ void LTDatabase::addSnippet(const std::shared_ptr<_LTSnippet>& snippet) {
 
 void LTDatabase::removeSnippet(const std::shared_ptr<_LTSnippet>& snippet) {
     checkSnippet(snippet);
-    const std::shared_ptr<_LTSnippet> removed = snippet; // the caller's may be the list's own
+    // A reference of its own: the caller's may be the very element of the list that goes.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const std::shared_ptr<_LTSnippet> removed = snippet;
     const bool isLogging = VXShouldLog();
     NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
     const std::optional<NSDate> snippetID = removed->snippetID();
@@ -250,26 +262,21 @@ void LTDatabase::syncingHasEnded(const NSNotification& /*notification*/) {
         _snippets.addObject(snippet);
         stamp += stampStep;
     };
-    // By index and with the count read again: a record's own code may add to what is being applied.
-    for (std::size_t index = 0; index < _layaway.size(); ++index) {
-        appendStamped(std::shared_ptr<_LTSnippet>(_layaway[index]));
-    }
+    forEachInOrder(_layaway, appendStamped);
     _layaway.clear();
 
-    for (std::size_t index = 0; index < _layawayEdits.size(); ++index) {
-        const std::shared_ptr<_LTSnippet> edited = _layawayEdits[index];
+    forEachInOrder(_layawayEdits, [&](const std::shared_ptr<_LTSnippet>& edited) {
         removeFirstWithIDOf(*edited, _snippets);
         appendStamped(edited);
-    }
+    });
     _layawayEdits.clear();
 
     // Never emptied: a removal counts at every later end of a sync too, also against a record made under that ID since.
-    for (std::size_t index = 0; index < _layawayRemovals.size(); ++index) {
-        const std::shared_ptr<_LTSnippet> removed = _layawayRemovals[index];
+    forEachInOrder(_layawayRemovals, [&](const std::shared_ptr<_LTSnippet>& removed) {
         if (removeFirstWithIDOf(*removed, _snippets)) {
             _dirty = true;
         }
-    }
+    });
     postModification();
 }
 

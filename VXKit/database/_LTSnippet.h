@@ -129,7 +129,7 @@ std::shared_ptr<Snippet> _LTSnippet::snippetWithDictionary(const NSDictionary& d
 template <std::derived_from<_LTSnippet> Snippet>
 std::shared_ptr<Snippet> _LTSnippet::emptySnippetWithUniqueIDStartingDate(double startTime, double* realID) {
     _LTSnippetIdentity::noteClass<Snippet>();
-    const auto snippet = std::static_pointer_cast<Snippet>(Snippet::emptySnippet());
+    auto snippet = std::static_pointer_cast<Snippet>(Snippet::emptySnippet());
     *realID = uniqueTimeAtOrBefore(startTime);
     if (snippet) {
         snippet->setSnippetID(NSDate::dateWithTimeIntervalSince1970(*realID));

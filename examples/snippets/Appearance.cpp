@@ -52,14 +52,14 @@ QPalette darkPalette() {
 
 } // namespace
 
-void applyAppearance(QApplication& application) {
+void applyAppearance() {
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setPalette(darkPalette());
     QFont font = QApplication::font();
     font.setFamilies(QStringList{QStringLiteral("Inter")} + font.families());
     font.setPixelSize(fontSize);
     QApplication::setFont(font);
-    application.setWindowIcon(QIcon(QStringLiteral(":/images/Snippets.svg")));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/Snippets.svg")));
 }
 
 void useSlimScrollBar(QAbstractScrollArea& area) {

@@ -2,11 +2,10 @@
 #pragma once
 
 class QAbstractScrollArea;
-class QApplication;
 class QPushButton;
 
 /// Gives the program its look: dark and quiet, the same on every desktop.
-void applyAppearance(QApplication& application);
+void applyAppearance();
 
 /// Gives a scroll area a slim scroll bar without arrows, up and down only: for lists and wrapped text.
 void useSlimScrollBar(QAbstractScrollArea& area);

@@ -32,7 +32,7 @@ struct SnippetImportResult {
 /// it are not followed, so no circle of links can trap the import; one that is given itself is followed.
 class SnippetImporter {
 public:
-    static constexpr qint64 largestFile = 1024 * 1024; ///< bytes
+    static constexpr qint64 largestFile = qint64{1024} * 1024; ///< bytes
 
     /// `database` must be the shared one: that is where the identities of new records are looked up.
     explicit SnippetImporter(std::shared_ptr<SnippetsDatabase> database);

@@ -40,7 +40,7 @@ void complain(const QString& line) {
 } // namespace
 
 SnippetsApplication::SnippetsApplication(int& argc, char** argv) : LTApplication(argc, argv) {
-    applyAppearance(*this);
+    applyAppearance();
 }
 
 SnippetsApplication::~SnippetsApplication() {
@@ -117,7 +117,7 @@ bool SnippetsApplication::lockDatabase() {
 }
 
 SnippetImportResult SnippetsApplication::importPaths(const QStringList& paths) {
-    const SnippetImportResult result = SnippetImporter(m_database).importPaths(paths);
+    SnippetImportResult result = SnippetImporter(m_database).importPaths(paths);
     m_database->saveDB();
     for (const SnippetImportRefusal& refusal : result.refusals) {
         complain(refusal.description());

@@ -20,6 +20,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <utility>
 
 namespace {
 
@@ -87,8 +88,8 @@ QImage pictureOfScreen(const QScreen& screen) {
 
 } // namespace
 
-SnippetsTour::SnippetsTour(SnippetsApplication& application, const QString& folder)
-    : m_application(application), m_folder(folder) {}
+SnippetsTour::SnippetsTour(SnippetsApplication& application, QString folder)
+    : m_application(application), m_folder(std::move(folder)) {}
 
 bool SnippetsTour::run() {
     if (!QDir().mkpath(m_folder)) {

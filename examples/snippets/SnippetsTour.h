@@ -15,7 +15,7 @@ class SnippetsApplication;
 class SnippetsTour {
 public:
     /// The pictures go into `folder`, which is made where it is missing.
-    SnippetsTour(SnippetsApplication& application, const QString& folder);
+    SnippetsTour(SnippetsApplication& application, QString folder);
 
     /// Goes through all steps and prints the path of each picture, then that of the database's file with the number of
     /// records in it. False, after the reason was printed on standard error, when a step did not do what it shows.

@@ -108,7 +108,7 @@ void waitUntil(Condition condition) {
 /// A server on the loopback interface that answers every request with one answer.
 class Server : public QTcpServer {
 public:
-    explicit Server(QByteArray answer) {
+    explicit Server(const QByteArray& answer) {
         EXPECT_TRUE(listen(QHostAddress::LocalHost));
         connect(this, &QTcpServer::newConnection, this, [this, answer] {
             QTcpSocket* socket = nextPendingConnection();

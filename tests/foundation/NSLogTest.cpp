@@ -73,23 +73,22 @@ private:
 } // namespace
 
 // These stand in for the C library's, so that a test sees what would go to the system log.
-extern "C" {
-__attribute__((visibility("default"))) void syslog(int priority, const char* format, ...);
-__attribute__((visibility("default"))) void __syslog_chk(int priority, int flag, const char* format, ...);
+__attribute__((visibility("default"))) void recordedSyslog(int priority, const char* format, ...) __asm__("syslog");
+__attribute__((visibility("default"))) void recordedCheckedSyslog(int priority, int flag, const char* format,
+                                                                  ...) __asm__("__syslog_chk");
 
-void syslog(int priority, const char* format, ...) {
+void recordedSyslog(int priority, const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
     recordSystemLog(priority, format, arguments);
     va_end(arguments);
 }
 
-void __syslog_chk(int priority, int, const char* format, ...) {
+void recordedCheckedSyslog(int priority, int /*flag*/, const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
     recordSystemLog(priority, format, arguments);
     va_end(arguments);
-}
 }
 
 TEST(NSLog, WritesTimeProcessAndThreadBeforeTheMessage) {
@@ -149,6 +148,7 @@ TEST(NSLog, KeepsLinesOfSeveralThreadsApart) {
     constexpr int lineCount = 50;
     const StandardErrorMessages messages;
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int thread = 0; thread < threadCount; ++thread) {
         threads.emplace_back([thread] {
             for (int line = 0; line < lineCount; ++line) {
@@ -166,7 +166,7 @@ TEST(NSLog, KeepsLinesOfSeveralThreadsApart) {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(seen.size(), std::size_t{threadCount * lineCount});
+    EXPECT_EQ(seen.size(), std::size_t{threadCount} * lineCount);
 }
 
 TEST(NSLog, FinishesALineThatThePipeTakesInPieces) {

@@ -50,7 +50,7 @@ TEST(NSPropertyList, EqualsItsCopy) {
     EXPECT_NE(NSPropertyList(nan), NSPropertyList(0.0));
     for (unsigned seed = 0; seed < 200; ++seed) {
         const NSPropertyList value = RandomValues(seed).value();
-        const NSPropertyList copy = value;
+        const NSPropertyList copy = value; // NOLINT(performance-unnecessary-copy-initialization): what is tested
         EXPECT_EQ(copy, value);
         EXPECT_NE(NSPropertyList(NSArray{value}), value);
     }

@@ -50,7 +50,8 @@ public:
     ScheduledTimers() = default;
     ScheduledTimers(const ScheduledTimers&) = delete;
     ScheduledTimers& operator=(const ScheduledTimers&) = delete;
-    ~ScheduledTimers() { invalidateAll(); }
+    // Only what a block captured could throw, as it is destroyed, and that ends any process.
+    ~ScheduledTimers() { invalidateAll(); } // NOLINT(bugprone-exception-escape)
 
     /// Qt lets the one of a QThread go before that thread counts as finished.
     static ScheduledTimers& ofThisThread() {
