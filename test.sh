@@ -55,7 +55,7 @@ make_locales() {
 unset LC_ALL LANGUAGE "${!LC_@}"
 export LANG=C.UTF-8
 export LOCPATH=$locales:/usr/lib/locale
-export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:strict_string_checks=1
+export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1
 export UBSAN_OPTIONS=print_stacktrace=1
 
 step 'locales' make_locales

@@ -10,6 +10,9 @@
 #include <QTemporaryFile>
 #include <QWidget>
 
+#include <cerrno>
+#include <cstring>
+
 #include <gmock/gmock.h>
 
 using testing::ElementsAre;
@@ -301,7 +304,7 @@ TEST_F(Application, SaysWhyAHelpPageCannotBeShown) {
     EXPECT_THAT(LTHelpLoader::loader().text().toStdString(), HasSubstr(server.url().toString().toStdString()));
     application.help = QUrl::fromLocalFile(QStringLiteral("/nowhere/page.html"));
     application.showHelp(nullptr);
-    EXPECT_THAT(LTHelpLoader::loader().text().toStdString(), HasSubstr("No such file"));
+    EXPECT_THAT(LTHelpLoader::loader().text().toStdString(), HasSubstr(std::strerror(ENOENT)));
 }
 
 TEST_F(Application, ShowsTheNewestPageWhenAnOlderOneIsStillLoading) {
