@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -60,8 +61,10 @@ QByteArray targetOfLinks(QByteArray path) {
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {
+    // In pieces, each handed to the disk while the next is copied, so that the sync at the end has little left to do.
+    constexpr std::size_t pieceSize = 4 * 1024 * 1024;
     while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        const ssize_t written = ::write(descriptor, bytes.data(), std::min(bytes.size(), pieceSize));
         if (written < 0 && errno == EINTR) {
             continue;
         }
@@ -70,6 +73,9 @@ bool writeAll(int descriptor, std::string_view bytes) {
             return false;
         }
         bytes.remove_prefix(static_cast<std::size_t>(written));
+        if (!bytes.empty()) {
+            ::sync_file_range(descriptor, 0, 0, SYNC_FILE_RANGE_WRITE);
+        }
     }
     return true;
 }

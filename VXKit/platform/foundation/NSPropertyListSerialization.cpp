@@ -27,6 +27,16 @@ NSPropertyList read(std::string_view bytes, NSPropertyListFormat& format) {
     return PropertyListTextReader(encoding.textOfPlain()).read();
 }
 
+template <class Value>
+std::optional<std::string> documentOf(const Value& value, NSError* error) {
+    PropertyListXMLWriter writer;
+    if (!writer.write(value)) {
+        NSSetError(error, writer.problem());
+        return std::nullopt;
+    }
+    return writer.takeDocument();
+}
+
 } // namespace
 
 std::optional<NSPropertyList> NSPropertyListSerialization::propertyListWithData(std::string_view bytes,
@@ -62,10 +72,10 @@ std::optional<NSPropertyList> NSPropertyListSerialization::propertyListWithConte
 
 std::optional<std::string> NSPropertyListSerialization::dataWithPropertyList(const NSPropertyList& value,
                                                                              NSError* error) {
-    PropertyListXMLWriter writer;
-    if (!writer.write(value)) {
-        NSSetError(error, writer.problem());
-        return std::nullopt;
-    }
-    return writer.takeDocument();
+    return documentOf(value, error);
+}
+
+std::optional<std::string> NSPropertyListSerialization::dataWithPropertyList(const NSDictionary& dictionary,
+                                                                             NSError* error) {
+    return documentOf(dictionary, error);
 }

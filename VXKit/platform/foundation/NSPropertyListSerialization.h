@@ -38,4 +38,7 @@ public:
     /// after year 9999, and more than 512 levels. AppKit: `+dataWithPropertyList:format:options:error:` with the XML
     /// format.
     [[nodiscard]] static std::optional<std::string> dataWithPropertyList(const NSPropertyList& value, NSError* error);
+    /// The same for a dictionary as it stands, which need not be copied into a value first.
+    [[nodiscard]] static std::optional<std::string> dataWithPropertyList(const NSDictionary& dictionary,
+                                                                         NSError* error);
 };

@@ -57,44 +57,67 @@ const char* findSpecial(const char* position, const char* end) {
     return position;
 }
 
+/// Bytes, for the estimate below.
+constexpr std::size_t sizeOfTags = 20;
+constexpr std::size_t sizeOfScalar = 46;
+
+std::size_t estimatedSize(const NSPropertyList& value, std::size_t level);
+
+std::size_t estimatedSize(const NSDictionary& dictionary, std::size_t level) {
+    if (level >= VXPropertyListMaximumDepth) {
+        return 0;
+    }
+    std::size_t size = 2 * (level + sizeOfTags);
+    for (const NSDictionary::Entry& entry : dictionary) {
+        size += level + sizeOfTags + entry.key.text().size() + estimatedSize(entry.object, level + 1);
+    }
+    return size;
+}
+
 /// About as many bytes as `value` takes, so that the document is not copied as it grows. Escapes make it larger, which
 /// then costs one copy.
 std::size_t estimatedSize(const NSPropertyList& value, std::size_t level) {
-    constexpr std::size_t sizeOfTags = 20;
-    constexpr std::size_t sizeOfScalar = 46;
     if (const auto* text = value.as<std::string>()) {
         return level + sizeOfTags + text->size();
     }
     if (const auto* data = value.as<NSData>()) {
         return 2 * level + sizeOfTags + data->size() / 3 * 4 + data->size() / 9 * (level + 1);
     }
+    if (const auto* dictionary = value.as<NSDictionary>()) {
+        return estimatedSize(*dictionary, level);
+    }
+    const auto* array = value.as<NSArray>();
+    if (!array) {
+        return level + sizeOfScalar;
+    }
     if (level >= VXPropertyListMaximumDepth) {
         return 0;
     }
     std::size_t size = 2 * (level + sizeOfTags);
-    if (const auto* array = value.as<NSArray>()) {
-        for (const NSPropertyList& element : *array) {
-            size += estimatedSize(element, level + 1);
-        }
-        return size;
+    for (const NSPropertyList& element : *array) {
+        size += estimatedSize(element, level + 1);
     }
-    if (const auto* dictionary = value.as<NSDictionary>()) {
-        for (const NSDictionary::Entry& entry : *dictionary) {
-            size += level + sizeOfTags + entry.key.text().size() + estimatedSize(entry.object, level + 1);
-        }
-        return size;
-    }
-    return level + sizeOfScalar;
+    return size;
 }
 
 } // namespace
 
 bool PropertyListXMLWriter::write(const NSPropertyList& value) {
-    m_output.reserve(2 * documentHead.size() + estimatedSize(value, 0));
+    begin(estimatedSize(value, 0));
+    return writeValue(value, 0) && end();
+}
+
+bool PropertyListXMLWriter::write(const NSDictionary& dictionary) {
+    begin(estimatedSize(dictionary, 0));
+    return writeDictionary(dictionary, 0) && end();
+}
+
+void PropertyListXMLWriter::begin(std::size_t sizeOfValue) {
+    m_output.reserve(2 * documentHead.size() + sizeOfValue);
     m_output = documentHead;
-    if (!writeValue(value, 0)) {
-        return false;
-    }
+}
+
+bool PropertyListXMLWriter::end() {
     m_output += "</plist>\n";
     return true;
 }

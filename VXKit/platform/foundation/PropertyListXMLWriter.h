@@ -17,6 +17,7 @@ class PropertyListXMLWriter {
 public:
     /// Writes the document; false where `value` holds something that XML cannot, see `problem`.
     [[nodiscard]] bool write(const NSPropertyList& value);
+    [[nodiscard]] bool write(const NSDictionary& dictionary);
 
     /// What was written. Call it once.
     [[nodiscard]] std::string takeDocument() { return std::move(m_output); }
@@ -25,6 +26,8 @@ public:
     [[nodiscard]] QString problem() const;
 
 private:
+    void begin(std::size_t sizeOfValue);
+    bool end();
     bool writeValue(const NSPropertyList& value, std::size_t level);
     bool writeArray(const NSArray& array, std::size_t level);
     bool writeDictionary(const NSDictionary& dictionary, std::size_t level);
