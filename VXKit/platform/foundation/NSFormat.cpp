@@ -12,9 +12,9 @@
 
 namespace {
 
+using VXFormat::Directive;
 using VXFormat::Length;
 using VXFormat::Measure;
-using VXFormat::Specification;
 
 constexpr QStringView nilDescription = u"(null)";
 
@@ -179,63 +179,62 @@ public:
             if (percent == m_format.size()) {
                 break;
             }
-            const Specification specification = VXFormat::parseSpecification(m_format, percent);
-            position = specification.end;
-            if (specification.conversion == '%') {
+            const Directive directive = VXFormat::parseDirective(m_format, percent);
+            position = directive.end;
+            if (directive.conversion == '%') {
                 m_output += u'%';
-            } else if (specification.role() == 0) {
+            } else if (directive.role() == 0) {
                 // No conversion. What follows the percent sign may still hold one, so only the sign is passed over.
                 m_output += u'%';
                 position = percent + 1;
             } else {
-                convert(specification);
+                convert(directive);
             }
         }
         return m_output;
     }
 
 private:
-    void convert(const Specification& specification) {
-        m_width =
-            std::clamp(valueOf(specification.width).value_or(0), -VXFormat::largestMeasure, VXFormat::largestMeasure);
-        const int precision = valueOf(specification.precision).value_or(-1);
+    void convert(const Directive& directive) {
+        m_width = std::clamp(valueOf(directive.width).value_or(0), -VXFormat::largestMeasure, VXFormat::largestMeasure);
+        const int precision = valueOf(directive.precision).value_or(-1);
         m_precision = precision < 0 ? std::nullopt : std::optional(precision);
         const NSFormatArgument* argument = m_arguments.argumentAtIndex(m_used++);
         if (!argument) {
-            pad(specification, nilDescription.toString());
+            pad(directive, nilDescription.toString());
             return;
         }
-        switch (specification.role()) {
+        switch (directive.role()) {
         case VXFormat::IntegerRole:
         case VXFormat::LongIntegerRole:
             if (const std::optional<std::uint64_t> bits = bitsOf(*argument)) {
-                return convertInteger(specification, *bits);
+                return convertInteger(directive, *bits);
             }
             break;
         case VXFormat::RealRole:
         case VXFormat::LongRealRole:
             if (const std::optional<long double> number = realOf(*argument)) {
-                return convertReal(specification, *number);
+                return convertReal(directive, *number);
             }
             break;
         case VXFormat::TextRole:
             if (const auto* text = std::get_if<std::string_view>(&argument->variant())) {
-                return pad(specification, firstBytes(text->data(), text->size()));
+                return pad(directive, firstBytes(text->data(), text->size()));
             }
             if (const auto* text = std::get_if<const char*>(&argument->variant()); text && *text) {
-                return pad(specification, firstBytes(*text, std::numeric_limits<std::size_t>::max()));
+                return pad(directive, firstBytes(*text, std::numeric_limits<std::size_t>::max()));
             }
             break;
         case VXFormat::PointerRole:
             if (const std::optional<const void*> address = addressOf(*argument)) {
-                return pad(specification, describeAddress(*address));
+                return pad(directive, describeAddress(*address));
             }
             break;
         default:
             break;
         }
         const QString description = describe(*argument);
-        pad(specification, m_precision ? cutTo(description, *m_precision) : description);
+        pad(directive, m_precision ? cutTo(description, *m_precision) : description);
     }
 
     /// The number that a width or precision stands for; nothing where there is none.
@@ -259,41 +258,41 @@ private:
         return size == 0 ? QString() : textOfUtf8({text, ::strnlen(text, size)});
     }
 
-    void convertInteger(const Specification& specification, std::uint64_t bits) {
-        switch (specification.conversion) {
+    void convertInteger(const Directive& directive, std::uint64_t bits) {
+        switch (directive.conversion) {
         case 'c':
-            return convertCharacter(specification, bits);
+            return convertCharacter(directive, bits);
         case 'd':
         case 'i':
-            return print(specification, "jd", std::intmax_t{signedOfLength(bits, specification.length)});
+            return print(directive, "jd", std::intmax_t{signedOfLength(bits, directive.length)});
         default:
-            return print(specification, std::string("j") + specification.conversion,
-                         std::uintmax_t{unsignedOfLength(bits, specification.length)});
+            return print(directive, std::string("j") + directive.conversion,
+                         std::uintmax_t{unsignedOfLength(bits, directive.length)});
         }
     }
 
-    void convertCharacter(const Specification& specification, std::uint64_t bits) {
+    void convertCharacter(const Directive& directive, std::uint64_t bits) {
         // A single byte above 127 is a piece of a character, and U+FFFD like every other broken one.
         const char32_t code =
-            static_cast<char32_t>(specification.length == Length::Long ? bits & 0xFFFFFFFFU : bits & 0xFFU);
-        const char32_t last = specification.length == Length::Long ? char32_t{QChar::LastValidCodePoint} : U'\x7F';
+            static_cast<char32_t>(directive.length == Length::Long ? bits & 0xFFFFFFFFU : bits & 0xFFU);
+        const char32_t last = directive.length == Length::Long ? char32_t{QChar::LastValidCodePoint} : U'\x7F';
         const bool isCharacter = code <= last && !QChar::isSurrogate(code);
-        pad(specification, isCharacter ? QString::fromUcs4(&code, 1) : QString(QChar(QChar::ReplacementCharacter)));
+        pad(directive, isCharacter ? QString::fromUcs4(&code, 1) : QString(QChar(QChar::ReplacementCharacter)));
     }
 
-    void convertReal(const Specification& specification, long double number) {
-        if (specification.length == Length::LongDouble) {
-            return print(specification, std::string("L") + specification.conversion, number);
+    void convertReal(const Directive& directive, long double number) {
+        if (directive.length == Length::LongDouble) {
+            return print(directive, std::string("L") + directive.conversion, number);
         }
-        print(specification, std::string(1, specification.conversion), static_cast<double>(number));
+        print(directive, std::string(1, directive.conversion), static_cast<double>(number));
     }
 
-    /// Has the C library print a number, with the flags, width and precision of `specification` and the given length
+    /// Has the C library print a number, with the flags, width and precision of `directive` and the given length
     /// and conversion.
     template <class Number>
-    void print(const Specification& specification, std::string_view conversion, Number number) {
+    void print(const Directive& directive, std::string_view conversion, Number number) {
         std::string format = "%";
-        format += specification.flags;
+        format += directive.flags;
         format += "*.*";
         format += conversion;
         // A negative precision is none.
@@ -302,7 +301,7 @@ private:
         const CLocaleScope scope;
         char buffer[128];
 #pragma GCC diagnostic push
-// Put together above out of a specification that was read and a number of the type it names.
+// Put together above out of a directive that was read and a number of the type it names.
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
         const int length = std::snprintf(buffer, sizeof buffer, format.c_str(), m_width, precision, number);
         if (length < static_cast<int>(sizeof buffer)) {
@@ -315,8 +314,8 @@ private:
         m_output += QString::fromLatin1(longer.data(), length);
     }
 
-    void pad(const Specification& specification, const QString& text) {
-        const bool toTheLeft = m_width < 0 || specification.flags.find('-') != std::string_view::npos;
+    void pad(const Directive& directive, const QString& text) {
+        const bool toTheLeft = m_width < 0 || directive.flags.find('-') != std::string_view::npos;
         const int width = std::abs(m_width);
         m_output += toTheLeft ? text.leftJustified(width) : text.rightJustified(width);
     }

@@ -53,16 +53,16 @@ struct Measure {
 /// A width and the precision of a number end here, so that no format can ask for gigabytes.
 inline constexpr int largestMeasure = 9999;
 
-/// One conversion specification, from its percent sign to its conversion character.
-struct Specification {
+/// One conversion directive, from its percent sign to its conversion character.
+struct Directive {
     std::string_view flags;
     Measure width;
     Measure precision;
     Length length = Length::None;
-    char conversion = '\0'; ///< NUL where the format ends in the middle of a specification
+    char conversion = '\0'; ///< NUL where the format ends in the middle of a directive
     std::size_t end = 0;    ///< position behind it
 
-    /// The Role it wants of its argument; 0 when it is no valid specification. `%%` wants none and has none: ask first.
+    /// The Role it wants of its argument; 0 when it is no valid directive. `%%` wants none and has none: ask first.
     [[nodiscard]] constexpr unsigned role() const {
         switch (conversion) {
         case 'd':
@@ -138,28 +138,28 @@ constexpr Length parseLength(std::string_view format, std::size_t& position) {
     return Length::None;
 }
 
-/// Reads the specification whose percent sign stands at `percent`.
-constexpr Specification parseSpecification(std::string_view format, std::size_t percent) {
-    Specification specification;
+/// Reads the directive whose percent sign stands at `percent`.
+constexpr Directive parseDirective(std::string_view format, std::size_t percent) {
+    Directive directive;
     std::size_t position = percent + 1;
     const std::size_t flagsEnd = format.find_first_not_of("-+ #0'", position);
-    specification.flags = format.substr(position, flagsEnd - position);
+    directive.flags = format.substr(position, flagsEnd - position);
     position = flagsEnd == std::string_view::npos ? format.size() : flagsEnd;
-    specification.width = parseMeasure(format, position);
+    directive.width = parseMeasure(format, position);
     if (position < format.size() && format[position] == '.') {
         ++position;
-        specification.precision = parseMeasure(format, position);
-        if (specification.precision.source == Measure::Absent) {
-            specification.precision.source = Measure::Literal;
+        directive.precision = parseMeasure(format, position);
+        if (directive.precision.source == Measure::Absent) {
+            directive.precision.source = Measure::Literal;
         }
     }
-    specification.length = parseLength(format, position);
+    directive.length = parseLength(format, position);
     if (position < format.size()) {
-        specification.conversion = format[position];
+        directive.conversion = format[position];
         ++position;
     }
-    specification.end = position;
-    return specification;
+    directive.end = position;
+    return directive;
 }
 
 enum class Fault : std::uint8_t { None, UnknownConversion, TooFewArguments, TooManyArguments, WrongArgumentType };
@@ -175,22 +175,22 @@ constexpr Fault check(std::string_view format, std::span<const unsigned> roles) 
     };
     std::size_t position = 0;
     while ((position = format.find('%', position)) != std::string_view::npos) {
-        const Specification specification = parseSpecification(format, position);
-        position = specification.end;
-        if (specification.conversion == '%') {
+        const Directive directive = parseDirective(format, position);
+        position = directive.end;
+        if (directive.conversion == '%') {
             continue;
         }
-        if (specification.role() == 0) {
+        if (directive.role() == 0) {
             return Fault::UnknownConversion;
         }
-        for (const Measure measure : {specification.width, specification.precision}) {
+        for (const Measure measure : {directive.width, directive.precision}) {
             if (measure.source == Measure::Argument) {
                 if (const Fault fault = take(IntegerRole); fault != Fault::None) {
                     return fault;
                 }
             }
         }
-        if (const Fault fault = take(specification.role()); fault != Fault::None) {
+        if (const Fault fault = take(directive.role()); fault != Fault::None) {
             return fault;
         }
     }
