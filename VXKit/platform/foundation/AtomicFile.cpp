@@ -62,7 +62,7 @@ QByteArray targetOfLinks(QByteArray path) {
 
 bool writeAll(int descriptor, std::string_view bytes) {
     // In pieces, each handed to the disk while the next is copied, so that the sync at the end has little left to do.
-    constexpr std::size_t pieceSize = 4 * 1024 * 1024;
+    constexpr std::size_t pieceSize = std::size_t{4} * 1024 * 1024;
     while (!bytes.empty()) {
         const ssize_t written = ::write(descriptor, bytes.data(), std::min(bytes.size(), pieceSize));
         if (written < 0 && errno == EINTR) {

@@ -162,8 +162,7 @@ bool writeSettings(QIODevice& device, const QSettings::SettingsMap& map) {
         }
     }
     NSError error;
-    const std::optional<std::string> bytes =
-        NSPropertyListSerialization::dataWithPropertyList(std::move(dictionary), &error);
+    const std::optional<std::string> bytes = NSPropertyListSerialization::dataWithPropertyList(dictionary, &error);
     if (!bytes) {
         NSLog("The settings cannot be written to %@: %@", file->fileName(), error.localizedDescription);
         return false;
