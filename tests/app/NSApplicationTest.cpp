@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/appkit/NSApplication.h>
+#include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
 
+#include <QTest>
 #include <QTimer>
 #include <QWidget>
 
@@ -84,13 +86,48 @@ TEST_F(PlatformApplication, AnnouncesActivationBeforeAndAfterTheChange) {
     std::vector<bool> active;
     const auto recorder = NSNotificationCenter::defaultCenter().addObserverForName(
         "", &application, [&](const NSNotification&) { active.push_back(application.isActive()); });
-    Q_EMIT application.applicationStateChanged(Qt::ApplicationActive);
+    NSWindow window(NSMakeRect(0, 0, 100, 80), NSTitledWindowMask, NSBackingStoreBuffered, false);
+    window.makeKeyAndOrderFront(nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    EXPECT_THAT(posts,
+                ElementsAre(NSApplicationWillBecomeActiveNotification, NSApplicationDidBecomeActiveNotification));
+    // What Qt tells when another program takes the keyboard, which the offscreen platform has none of.
     Q_EMIT application.applicationStateChanged(Qt::ApplicationActive);
     Q_EMIT application.applicationStateChanged(Qt::ApplicationInactive);
+    QApplication::setActiveWindow(nullptr);
+    Q_EMIT application.focusWindowChanged(nullptr);
     EXPECT_THAT(posts,
                 ElementsAre(NSApplicationWillBecomeActiveNotification, NSApplicationDidBecomeActiveNotification,
                             NSApplicationWillResignActiveNotification, NSApplicationDidResignActiveNotification));
     EXPECT_THAT(active, ElementsAre(false, true, true, false));
+}
+
+TEST_F(PlatformApplication, HasChangedItsWindowsBeforeItAnnouncesThatItChanged) {
+    std::vector<std::string> all;
+    const auto recorder = NSNotificationCenter::defaultCenter().addObserverForName(
+        "", nullptr, [&](const NSNotification& notification) { all.emplace_back(notification.name); });
+    NSWindow window(NSMakeRect(0, 0, 100, 80), NSTitledWindowMask, NSBackingStoreBuffered, false);
+    window.makeKeyAndOrderFront(nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    EXPECT_THAT(all, ElementsAre(NSApplicationWillBecomeActiveNotification, NSWindowDidBecomeKeyNotification,
+                                 NSWindowDidBecomeMainNotification, NSApplicationDidBecomeActiveNotification));
+}
+
+TEST_F(PlatformApplication, AnnouncesAChangeThatConcernsNoWindowToo) {
+    Q_EMIT application.applicationStateChanged(Qt::ApplicationActive);
+    EXPECT_THAT(posts, ElementsAre(NSApplicationWillBecomeActiveNotification));
+    QCoreApplication::processEvents();
+    EXPECT_THAT(posts,
+                ElementsAre(NSApplicationWillBecomeActiveNotification, NSApplicationDidBecomeActiveNotification));
+}
+
+TEST_F(PlatformApplication, AnnouncesTheEndOfAChangeBeforeTheNextBegins) {
+    Q_EMIT application.applicationStateChanged(Qt::ApplicationActive);
+    Q_EMIT application.applicationStateChanged(Qt::ApplicationInactive);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(posts,
+                ElementsAre(NSApplicationWillBecomeActiveNotification, NSApplicationDidBecomeActiveNotification,
+                            NSApplicationWillResignActiveNotification, NSApplicationDidResignActiveNotification));
 }
 
 TEST(PlatformApplicationObject, IsNullWithoutOne) {

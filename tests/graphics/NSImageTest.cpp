@@ -45,7 +45,7 @@ qsizetype lineCount(const std::string& text) {
 TEST_F(NSImageFile, IsNotReadBeforeItIsAskedFor) {
     const auto image = NSImage::initByReferencingFile(path(QStringLiteral("late.svg")));
     write(QStringLiteral("late.svg"), drawing);
-    EXPECT_EQ(image->size(), QSizeF(10, 6));
+    EXPECT_EQ(image->size(), NSMakeSize(10, 6));
 }
 
 TEST_F(NSImageFile, IsReadOnce) {
@@ -53,7 +53,7 @@ TEST_F(NSImageFile, IsReadOnce) {
     const auto image = NSImage::initByReferencingFile(file);
     EXPECT_TRUE(image->isValid());
     ASSERT_TRUE(QFile::remove(file));
-    EXPECT_EQ(image->size(), QSizeF(10, 6));
+    EXPECT_EQ(image->size(), NSMakeSize(10, 6));
     EXPECT_EQ(image->imageForScale(1).pixelColor(5, 3), QColor(Qt::black));
     EXPECT_EQ(image->imageForScale(2).pixelColor(10, 6), QColor(Qt::black));
 }
@@ -92,7 +92,7 @@ TEST_F(NSImageFile, FillsWholePixelsWhereItsSizeTakesHalfOne) {
 
 TEST_F(NSImageFile, OfARasterHasItsPixelsAsPoints) {
     const auto image = NSImage::initByReferencingFile(writePlain(QStringLiteral("plain.png"), QSize(4, 3), Qt::red));
-    EXPECT_EQ(image->size(), QSizeF(4, 3));
+    EXPECT_EQ(image->size(), NSMakeSize(4, 3));
     const QImage doubled = image->imageForScale(2);
     EXPECT_EQ(doubled.size(), QSize(8, 6));
     EXPECT_EQ(doubled.devicePixelRatio(), 2);
@@ -103,7 +103,7 @@ TEST_F(NSImageFile, OfARasterHasItsPixelsAsPoints) {
 TEST_F(NSImageFile, OfARasterUsesItsDoubleScaleSiblingAbovePixelRatioOne) {
     const auto image = NSImage::initByReferencingFile(writePlain(QStringLiteral("icon.png"), QSize(4, 4), Qt::red));
     writePlain(QStringLiteral("icon@2x.png"), QSize(8, 8), Qt::blue);
-    EXPECT_EQ(image->size(), QSizeF(4, 4));
+    EXPECT_EQ(image->size(), NSMakeSize(4, 4));
     EXPECT_EQ(image->imageForScale(1).pixelColor(2, 2), QColor(Qt::red));
     EXPECT_EQ(image->imageForScale(1.5).pixelColor(2, 2), QColor(Qt::blue));
     EXPECT_EQ(image->imageForScale(1.5).size(), QSize(6, 6));
@@ -112,7 +112,7 @@ TEST_F(NSImageFile, OfARasterUsesItsDoubleScaleSiblingAbovePixelRatioOne) {
 
 TEST_F(NSImageFile, NamedForDoubleScaleCountsTwoPixelsAPoint) {
     const auto image = NSImage::initByReferencingFile(writePlain(QStringLiteral("only@2x.png"), QSize(8, 6), Qt::red));
-    EXPECT_EQ(image->size(), QSizeF(4, 3));
+    EXPECT_EQ(image->size(), NSMakeSize(4, 3));
     EXPECT_EQ(image->imageForScale(1).size(), QSize(4, 3));
 }
 
@@ -130,7 +130,7 @@ TEST_F(NSImageFile, ThatIsNoImageIsInvalidAndLoggedOnce) {
         const auto image = NSImage::initByReferencingFile(write(name, bytes));
         testing::internal::CaptureStderr();
         EXPECT_FALSE(image->isValid());
-        EXPECT_EQ(image->size(), QSizeF(0, 0));
+        EXPECT_EQ(image->size(), NSMakeSize(0, 0));
         EXPECT_TRUE(image->imageForScale(1).isNull());
         const std::string log = testing::internal::GetCapturedStderr();
         EXPECT_EQ(lineCount(log), 1) << log;
@@ -158,7 +158,7 @@ TEST_F(NSImageFile, DrawsNothingForAPixelRatioThatIsNone) {
 TEST(NSImageNamed, FindsTheHostsImageWithAndWithoutExtensionAsOneObject) {
     const auto image = NSImage::imageNamed(QStringLiteral("StatusIcon"));
     ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->size(), QSizeF(18, 22));
+    EXPECT_EQ(image->size(), NSMakeSize(18, 22));
     EXPECT_EQ(NSImage::imageNamed(QStringLiteral("StatusIcon.svg")), image);
     EXPECT_EQ(NSImage::imageNamed(QStringLiteral("StatusIcon")), image);
 }

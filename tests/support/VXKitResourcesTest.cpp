@@ -15,7 +15,7 @@ namespace {
 
 struct KitImage {
     const char* name;
-    QSizeF size;
+    NSSize size;
 };
 
 const std::vector<KitImage> kitImages = {

@@ -1,17 +1,75 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/appkit/NSApplication.h>
 
+#include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
+#include <VXKit/platform/desktop/WindowEffects.h>
 #include <VXKit/platform/foundation/NSLog.h>
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
 
+#include <QEventLoop>
+#include <QPointer>
 #include <QSocketNotifier>
 #include <QWidget>
+#include <QWindow>
 
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <sys/socket.h>
 #include <unistd.h>
+
+namespace {
+
+constexpr int keyboardCheckInterval = 100; // milliseconds
+
+constexpr const char* platformVariable = "QT_QPA_PLATFORM";
+
+/// Before the platform is chosen, which the base class does.
+int& preferringX11(int& argc) {
+    NSApplication::preferX11InWaylandSession();
+    return argc;
+}
+
+bool takesKeyboard(const QWidget* window) {
+    if (!window->isVisible() || window->windowType() == Qt::ToolTip || window->windowType() == Qt::Popup ||
+        window->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus)) {
+        return false;
+    }
+    const auto* ours = qobject_cast<const NSWindow*>(window);
+    return !ours || (ours->isVisible() && ours->canBecomeKeyWindow());
+}
+
+/// The window that is to have the keyboard when the application is brought to the front; null where there is none.
+QWidget* windowToActivate() {
+    for (QWidget* window : {QApplication::activeModalWidget(), QApplication::activeWindow()}) {
+        if (window && takesKeyboard(window)) {
+            return window;
+        }
+    }
+    const std::vector<NSWindow*> windows = NSWindow::windows();
+    const auto topmost = std::find_if(windows.rbegin(), windows.rend(), takesKeyboard);
+    if (topmost != windows.rend()) {
+        return *topmost;
+    }
+    const QWidgetList others = QApplication::topLevelWidgets();
+    const auto found = std::find_if(others.rbegin(), others.rend(), takesKeyboard);
+    return found == others.rend() ? nullptr : *found;
+}
+
+} // namespace
+
+void NSBeep() {
+    QApplication::beep();
+}
+
+/// One nested run of the event loop for a window.
+struct NSApplication::ModalRun {
+    QPointer<NSWindow> window;
+    QEventLoop loop;
+    int code = NSRunAbortedResponse;
+    bool isStopped = false;
+};
 
 /// Turns the signals that ask a process to end into a call in the event loop, where everything is allowed.
 class NSApplication::SignalWatcher : public QObject {
@@ -68,9 +126,16 @@ private:
 };
 
 NSApplication::NSApplication(int& argc, char** argv)
-    : QApplication(argc, argv), m_signalWatcher(new SignalWatcher(this)) {
+    : QApplication(preferringX11(argc), argv), m_signalWatcher(new SignalWatcher(this)) {
     setQuitOnLastWindowClosed(false);
-    connect(this, &QGuiApplication::applicationStateChanged, this, &NSApplication::applicationStateHasChanged);
+    m_keyboardCheck.setSingleShot(true);
+    m_keyboardCheck.setInterval(keyboardCheckInterval);
+    connect(&m_keyboardCheck, &QTimer::timeout, this, &NSApplication::platformStateHasChanged);
+    connect(this, &QGuiApplication::applicationStateChanged, this, &NSApplication::platformStateHasChanged);
+    connect(this, &QGuiApplication::focusWindowChanged, this, [this](const QWindow* focused) {
+        announceActivationChange();
+        handBackFocus(focused);
+    });
     connect(this, &QCoreApplication::aboutToQuit, this, &NSApplication::announceTermination);
 }
 
@@ -94,23 +159,89 @@ void NSApplication::activateIgnoringOtherApps(bool flag) {
     if (!flag && !m_hasKeyboard && NSWorkspace::sharedWorkspace().activeApplication()) {
         return;
     }
-    QWidget* window = activeModalWidget();
-    if (!window) {
-        window = activeWindow();
-    }
-    if (!window) {
-        const QWidgetList windows = topLevelWidgets();
-        const auto takesKeyboard = [](const QWidget* candidate) {
-            return candidate->isVisible() && candidate->windowType() != Qt::ToolTip &&
-                   candidate->windowType() != Qt::Popup &&
-                   !candidate->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus);
-        };
-        const auto found = std::find_if(windows.rbegin(), windows.rend(), takesKeyboard);
-        window = found == windows.rend() ? nullptr : *found;
-    }
-    if (window) {
+    if (QWidget* window = windowToActivate()) {
         window->raise();
-        window->activateWindow();
+        WindowEffects::sharedEffects().takeKeyboard(*window);
+    }
+    if (applicationState() == Qt::ApplicationActive) {
+        // After deactivate, with the keyboard still here.
+        applicationStateHasChanged(Qt::ApplicationActive);
+        announceActivationChange();
+    }
+}
+
+void NSApplication::deactivate() {
+    applicationStateHasChanged(Qt::ApplicationInactive);
+    announceActivationChange();
+}
+
+int NSApplication::runModalForWindow(NSWindow& window) {
+    ModalRun run;
+    run.window = &window;
+    const Qt::WindowModality before = window.windowModality();
+    if (before != Qt::ApplicationModal) {
+        // Qt looks at it when the window is shown, and only then.
+        window.hide();
+        window.setWindowModality(Qt::ApplicationModal);
+    }
+    connect(&window, &QObject::destroyed, &run.loop, [&run] {
+        run.isStopped = true;
+        run.loop.exit();
+    });
+    window.makeKeyAndOrderFront(nullptr);
+    m_modalRuns.push_back(&run);
+    if (!run.isStopped) {
+        run.loop.exec(QEventLoop::DialogExec);
+    }
+    std::erase(m_modalRuns, &run);
+    if (run.window && before != Qt::ApplicationModal) {
+        // Qt lets the other windows go when a modal one is hidden, and only then.
+        const bool isShown = run.window->isVisible();
+        const bool isKey = run.window->isKeyWindow();
+        if (isShown) {
+            run.window->hide();
+        }
+        if (run.window) {
+            run.window->setWindowModality(before);
+        }
+        if (run.window && isKey) {
+            run.window->makeKeyAndOrderFront(nullptr);
+        } else if (run.window && isShown) {
+            run.window->orderFront(nullptr);
+        }
+    }
+    return run.code;
+}
+
+void NSApplication::stopModal() {
+    stopModalWithCode(NSRunStoppedResponse);
+}
+
+void NSApplication::abortModal() {
+    stopModalWithCode(NSRunAbortedResponse);
+}
+
+void NSApplication::stopModalWithCode(int code) {
+    const auto running =
+        std::find_if(m_modalRuns.rbegin(), m_modalRuns.rend(), [](const ModalRun* run) { return !run->isStopped; });
+    if (running == m_modalRuns.rend()) {
+        return;
+    }
+    (*running)->isStopped = true;
+    (*running)->code = code;
+    (*running)->loop.exit();
+}
+
+NSWindow* NSApplication::modalWindow() const {
+    return m_modalRuns.empty() ? nullptr : m_modalRuns.back()->window.data();
+}
+
+void NSApplication::preferX11InWaylandSession() {
+    const bool isWayland =
+        qEnvironmentVariableIsSet("WAYLAND_DISPLAY") || qEnvironmentVariable("XDG_SESSION_TYPE") == u"wayland";
+    const bool hasXServer = !qEnvironmentVariableIsEmpty("DISPLAY");
+    if (isWayland && hasXServer && qEnvironmentVariableIsEmpty(platformVariable)) {
+        qputenv(platformVariable, "xcb");
     }
 }
 
@@ -119,17 +250,48 @@ void NSApplication::terminate(QObject* /*sender*/) {
     QCoreApplication::exit(0);
 }
 
+void NSApplication::platformStateHasChanged() {
+    // Qt tells that the keyboard has gone some time after it went, and by then it may have been called back.
+    if (applicationState() != Qt::ApplicationActive && WindowEffects::sharedEffects().hasKeyboard()) {
+        m_keyboardCheck.start();
+        return;
+    }
+    applicationStateHasChanged(applicationState());
+}
+
 void NSApplication::applicationStateHasChanged(Qt::ApplicationState state) {
     const bool hasKeyboard = state == Qt::ApplicationActive;
     if (hasKeyboard == m_hasKeyboard) {
         return;
     }
-    NSNotificationCenter& centre = NSNotificationCenter::defaultCenter();
-    centre.postNotificationName(
+    announceActivationChange();
+    NSNotificationCenter::defaultCenter().postNotificationName(
         hasKeyboard ? NSApplicationWillBecomeActiveNotification : NSApplicationWillResignActiveNotification, this);
     m_hasKeyboard = hasKeyboard;
-    centre.postNotificationName(
-        hasKeyboard ? NSApplicationDidBecomeActiveNotification : NSApplicationDidResignActiveNotification, this);
+    // The windows tell of their own changes in between, and Qt of the end of them all by the new focus window.
+    m_changesActivation = true;
+    QMetaObject::invokeMethod(
+        this, [this] { announceActivationChange(); }, Qt::QueuedConnection);
+}
+
+void NSApplication::announceActivationChange() {
+    if (std::exchange(m_changesActivation, false)) {
+        NSNotificationCenter::defaultCenter().postNotificationName(
+            m_hasKeyboard ? NSApplicationDidBecomeActiveNotification : NSApplicationDidResignActiveNotification, this);
+    }
+}
+
+/// The window manager may give the keyboard to a window that takes no input while another is modal.
+void NSApplication::handBackFocus(const QWindow* focused) {
+    const NSWindow* modal = modalWindow();
+    QWindow* const handle = modal && modal->isVisible() ? modal->windowHandle() : nullptr;
+    if (!focused || !handle || QGuiApplication::modalWindow() != handle) {
+        return;
+    }
+    // Its menus and dialogs take input as it does itself.
+    if (focused != handle && !handle->isAncestorOf(focused, QWindow::IncludeTransients)) {
+        handle->requestActivate();
+    }
 }
 
 void NSApplication::announceTermination() {

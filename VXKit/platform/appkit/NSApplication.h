@@ -4,6 +4,11 @@
 #include <VXKit/VXKitExport.h>
 
 #include <QApplication>
+#include <QTimer>
+
+#include <vector>
+
+class QWindow;
 
 /// Posted with the application object as sender, each before or after what its name says, in this order for a change:
 /// will, then the change itself, then did.
@@ -19,12 +24,22 @@ inline constexpr const char* NSApplicationDidResignActiveNotification = "NSAppli
 /// SIGINT, SIGHUP); not before the C library's exit.
 inline constexpr const char* NSApplicationWillTerminateNotification = "NSApplicationWillTerminateNotification";
 
+/// Answers of a modal run that was stopped without a code, and of one that was aborted or whose window died.
+inline constexpr int NSRunStoppedResponse = -1000;
+inline constexpr int NSRunAbortedResponse = -1001;
+
+class NSWindow;
+
+/// Sounds the desktop's bell. AppKit: the function of the same name.
+VXKIT_EXPORT void NSBeep();
+
 /// The application object: a QApplication that speaks AppKit's terms. One for the process, made in main before anything
 /// that needs it. Stands for the AppKit class of the same name.
 class VXKIT_EXPORT NSApplication : public QApplication {
 public:
     /// `argc` and `argv` must live as long as the application, as for any QApplication. The end of the last window does
-    /// not end the application: a menu-bar application has none most of the time.
+    /// not end the application: a menu-bar application has none most of the time. Asks for the X11 platform in a
+    /// Wayland session (preferX11InWaylandSession).
     NSApplication(int& argc, char** argv);
     ~NSApplication() override;
 
@@ -43,8 +58,29 @@ public:
     /// the workspace tells of no other active application. AppKit: `-activateIgnoringOtherApps:`.
     virtual void activateIgnoringOtherApps(bool flag);
 
+    /// Resigns active, as if another application had been activated, though no other may want the keyboard.
+    /// AppKit: `-deactivate`.
+    void deactivate();
+
     /// Whether a window of the application has the keyboard, as the window server sees it. AppKit: `-isActive`.
     [[nodiscard]] virtual bool isActive() const { return m_hasKeyboard; }
+
+    /// Shows `window` and runs the event loop until the run is stopped; the other windows take no input meanwhile. The
+    /// window stays on the screen. Answers the code given to stopModalWithCode, NSRunStoppedResponse after stopModal,
+    /// NSRunAbortedResponse when it was aborted, or the window died. Runs nest. AppKit: `-runModalForWindow:`.
+    int runModalForWindow(NSWindow& window);
+    /// End the innermost run that has not been ended yet, when control returns to it; nothing where there is none.
+    /// AppKit: `-stopModal`, `-stopModalWithCode:`, `-abortModal`.
+    void stopModal();
+    void stopModalWithCode(int code);
+    void abortModal();
+    /// The window of the innermost run, or null. AppKit: `-modalWindow`.
+    [[nodiscard]] NSWindow* modalWindow() const;
+
+    /// Chooses the X11 platform, by Qt's environment variable, where the session is a Wayland one that has an X server
+    /// too: a Wayland client cannot place its windows, and the kit's hang where they belong. A choice made already
+    /// stands, and so does one on the command line. To be called before there is an application object.
+    static void preferX11InWaylandSession();
 
     /// Announces the end (NSApplicationWillTerminateNotification) and ends the event loop with status 0, so that run
     /// returns. An exception that an observer throws is logged and ends nothing. `sender` is not looked at.
@@ -54,10 +90,18 @@ public:
 private:
     class SignalWatcher;
 
+    struct ModalRun;
+
+    void platformStateHasChanged();
     void applicationStateHasChanged(Qt::ApplicationState state);
+    void announceActivationChange();
+    void handBackFocus(const QWindow* focused);
     void announceTermination();
 
     bool m_hasKeyboard = false;
+    bool m_changesActivation = false; // between the two notifications of a change
+    QTimer m_keyboardCheck;
+    std::vector<ModalRun*> m_modalRuns;
     bool m_terminationIsAnnounced = false;
     SignalWatcher* m_signalWatcher;
 };

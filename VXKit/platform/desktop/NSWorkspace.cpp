@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/desktop/NSWorkspace.h>
 
+#include <VXKit/platform/desktop/X11Connection.h>
+#include <VXKit/platform/desktop/X11Workspace.h>
+
 #include <QDesktopServices>
 #include <QProcess>
 
@@ -8,9 +11,17 @@
 
 namespace {
 
-std::unique_ptr<NSWorkspace>& shared() {
+/// The workspace that was put in the place of the platform's own, if any.
+std::unique_ptr<NSWorkspace>& replacement() {
     static std::unique_ptr<NSWorkspace> workspace;
     return workspace;
+}
+
+/// Chosen at every call, since the platform is known only while there is an application object.
+NSWorkspace& platformWorkspace() {
+    static NSWorkspace unknown;
+    static X11Workspace x11;
+    return X11Connection::shared() ? x11 : unknown;
 }
 
 } // namespace
@@ -20,14 +31,11 @@ NSWorkspace::NSWorkspace() = default;
 NSWorkspace::~NSWorkspace() = default;
 
 NSWorkspace& NSWorkspace::sharedWorkspace() {
-    if (!shared()) {
-        shared() = std::make_unique<NSWorkspace>();
-    }
-    return *shared();
+    return replacement() ? *replacement() : platformWorkspace();
 }
 
 void NSWorkspace::setSharedWorkspace(std::unique_ptr<NSWorkspace> workspace) {
-    shared() = std::move(workspace);
+    replacement() = std::move(workspace);
 }
 
 bool NSWorkspace::knowsApplications() const {

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+
+#include <functional>
+
+class QObject;
+
+/// Runs an animation and returns when it is over; the user's input waits meanwhile, everything else goes on.
+///
+/// `step` is called with the eased progress, from above 0 up to 1: slow at both ends (the cubic Bézier curve through
+/// (0.42, 0) and (0.58, 1)). The last call is always with exactly 1, unless `target` dies: then the animation ends at
+/// once and step is not called again. Of a time of 0 or less, or none that makes sense, the last step is all.
+VXKIT_EXPORT void runBlockingAnimation(QObject& target, double seconds, const std::function<void(double)>& step);
+
+/// While it lives, every animation takes `factor` times as long as it would: 0 makes each jump to its end. For tests.
+/// The latest of several counts.
+class VXKIT_EXPORT AnimationDurationsForTesting {
+public:
+    [[nodiscard]] explicit AnimationDurationsForTesting(double factor);
+    AnimationDurationsForTesting(const AnimationDurationsForTesting&) = delete;
+    AnimationDurationsForTesting& operator=(const AnimationDurationsForTesting&) = delete;
+    ~AnimationDurationsForTesting();
+
+private:
+    double m_previous;
+};

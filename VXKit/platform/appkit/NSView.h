@@ -1,0 +1,318 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/appkit/NSEvent.h>
+#include <VXKit/platform/foundation/NSGeometry.h>
+
+#include <QAbstractScrollArea>
+#include <QAbstractTextDocumentLayout>
+#include <QEvent>
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPaintEvent>
+#include <QPoint>
+#include <QRect>
+#include <QRegion>
+#include <QSize>
+#include <QWheelEvent>
+#include <QWidget>
+
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+class NSWindow;
+
+/// Posted with the view as sender when its frame has changed, by views that were asked to (setPosts…).
+inline constexpr const char* NSViewFrameDidChangeNotification = "NSViewFrameDidChangeNotification";
+
+/// Which sides of a view are springs when its superview is resized; the others are struts. Bits of autoresizingMask.
+inline constexpr unsigned NSViewNotSizable = 0;
+inline constexpr unsigned NSViewMinXMargin = 1;
+inline constexpr unsigned NSViewWidthSizable = 2;
+inline constexpr unsigned NSViewMaxXMargin = 4;
+inline constexpr unsigned NSViewMinYMargin = 8;
+inline constexpr unsigned NSViewHeightSizable = 16;
+inline constexpr unsigned NSViewMaxYMargin = 32;
+
+/// What makes a widget a view: frames with the origin at the bottom left, drawing in AppKit's terms, events as NSEvent.
+///
+/// Not used by itself; ViewOf puts it onto a widget class of Qt's, and everything that class can do (input methods,
+/// accessibility, Designer) stays. Frames are kept as the exact fractions that were set and rounded to pixels where the
+/// widget is placed. Every operation below whose name AppKit has is AppKit's.
+///
+/// A view belongs to its superview, which deletes it; taken out, it belongs to whoever took it.
+class VXKIT_EXPORT ViewCore {
+public:
+    explicit ViewCore(QWidget* self);
+    ViewCore(const ViewCore&) = delete;
+    ViewCore& operator=(const ViewCore&) = delete;
+    virtual ~ViewCore();
+
+    /// The view that `widget` is, or the one that attach gave it; null for a plain widget.
+    [[nodiscard]] static ViewCore* of(const QWidget* widget);
+
+    /// Gives a plain widget of Qt's a frame and springs and struts, for as long as it lives. A widget that is a view
+    /// already is left as it is.
+    static ViewCore& attach(QWidget& plain);
+
+    [[nodiscard]] QWidget* widget() const { return m_self; }
+
+    /// Where the view lies in its superview, in points.
+    [[nodiscard]] virtual NSRect frame() const;
+    /// Places the view and, when its size changes, its subviews. A negative size is kept and shown as none.
+    virtual void setFrame(const NSRect& frame);
+    void setFrameOrigin(const NSPoint& origin);
+    void setFrameSize(const NSSize& size);
+
+    /// The view's own coordinates: the origin is (0, 0).
+    [[nodiscard]] virtual NSRect bounds() const;
+    /// Whether y grows downwards in the view's own coordinates, and the frames of its subviews with it. No.
+    [[nodiscard]] virtual bool isFlipped() const { return false; }
+
+    [[nodiscard]] unsigned autoresizingMask() const { return m_autoresizingMask; }
+    void setAutoresizingMask(unsigned mask) { m_autoresizingMask = mask; }
+    /// Places the subviews anew after the view's size has changed from `oldSize`, by their masks. The springs of a
+    /// direction share the change in proportion to their lengths.
+    virtual void resizeSubviewsWithOldSize(const NSSize& oldSize);
+
+    [[nodiscard]] bool postsFrameChangedNotifications() const { return m_postsFrameChangedNotifications; }
+    void setPostsFrameChangedNotifications(bool flag);
+
+    /// Puts `view` above the other subviews; this view owns it from then on. It keeps the frame that it was given, and
+    /// is shown unless it was hidden. Nothing for null.
+    void addSubview(QWidget* view);
+    [[nodiscard]] QWidget* superview() const { return m_self->isWindow() ? nullptr : m_self->parentWidget(); }
+    /// The children that are not windows, from the lowest up.
+    [[nodiscard]] std::vector<QWidget*> subviews() const;
+    /// Takes the view out. It belongs to the caller then. Nothing for one without a superview.
+    void removeFromSuperview();
+    /// The window that the view is in, or null: also where that is a plain window of Qt's.
+    [[nodiscard]] NSWindow* window() const;
+
+    /// A rectangle or point of this view in the coordinates of `view`; of the window where that is null.
+    [[nodiscard]] NSRect convertRectToView(const NSRect& rect, const ViewCore* view) const;
+    [[nodiscard]] NSPoint convertPointToView(const NSPoint& point, const ViewCore* view) const;
+    [[nodiscard]] NSPoint convertPointFromView(const NSPoint& point, const ViewCore* view) const;
+
+    /// Draws the part `dirtyRect` of the view, in the current graphics context, whose coordinates are the view's own.
+    /// Here: what the widget class of Qt's draws, with the shadow that is set. AppKit: `-drawRect:`.
+    virtual void drawRect(const NSRect& dirtyRect);
+    /// Redraws the whole view before it returns. Nothing while it is not shown.
+    virtual void display();
+    /// Redraws the view, or a part of it, when the event loop next comes to it.
+    void setNeedsDisplay(bool flag);
+    void setNeedsDisplayInRect(const NSRect& rect);
+
+    /// The view gets or loses the keyboard. Here: what the widget class does then. The answer is always yes. A view
+    /// that is to go when it gets the keyboard is deleted later (deleteLater): Qt is not done with it.
+    virtual bool becomeFirstResponder();
+    virtual bool resignFirstResponder();
+
+    /// Events, which the window hands to the view under the pointer or with the keyboard. Here: what the widget class
+    /// does with them; where that is nothing, the superview gets the event, and at last the window.
+    virtual void mouseDown(const NSEvent& event);
+    virtual void mouseDragged(const NSEvent& event);
+    virtual void mouseUp(const NSEvent& event);
+    virtual void rightMouseDown(const NSEvent& event);
+    virtual void rightMouseDragged(const NSEvent& event);
+    virtual void rightMouseUp(const NSEvent& event);
+    virtual void otherMouseDown(const NSEvent& event);
+    virtual void otherMouseDragged(const NSEvent& event);
+    virtual void otherMouseUp(const NSEvent& event);
+    virtual void mouseMoved(const NSEvent& event);
+    virtual void mouseEntered(const NSEvent& event);
+    virtual void mouseExited(const NSEvent& event);
+    virtual void scrollWheel(const NSEvent& event);
+    virtual void keyDown(const NSEvent& event);
+    virtual void keyUp(const NSEvent& event);
+
+    /// Whether the view, or one below it, answers to the key of `event` wherever the keyboard is. Asked before the key
+    /// goes to the first responder, of subviews from the lowest up. Here: no.
+    virtual bool performKeyEquivalent(const NSEvent& event);
+
+    /// Calls the operation above that `event` is for.
+    void handleEvent(const NSEvent& event);
+
+    /// A rectangle of the view in Qt's coordinates of the widget, and back.
+    [[nodiscard]] QRectF rectToWidget(const NSRect& rect) const;
+    [[nodiscard]] NSRect rectFromWidget(const QRectF& rect) const;
+
+protected:
+    /// What the widget class draws, and does with an event, by itself.
+    virtual void drawAsWidget(const QRect& dirtyRect);
+    virtual void handleAsWidget(QEvent& event);
+
+    void paint(QWidget& surface, const QRegion& dirtyRegion);
+    void dispatch(QEvent& event);
+    void focus(QFocusEvent& event);
+    /// Lays the subviews out again where the widget's size is not the one they were laid out for.
+    void sizeMayHaveChanged();
+    /// Posts that the frame has changed where it is not the one that was told last.
+    void frameMayHaveChanged();
+
+    /// Where the widget class's own painting goes, while it is caught.
+    [[nodiscard]] QPaintDevice* paintCapture(QPoint* offset) const;
+    [[nodiscard]] bool isCapturingPaint() const { return m_capture != nullptr; }
+
+private:
+    friend class CaptureViewport;
+    class Attachment;
+
+    void passToWidget(const NSEvent& event);
+    void place();
+    void placeSubviews();
+    void applyAutoresizing(const QRect& geometryBefore, const NSSize& oldSuperSize, const ViewCore& superview);
+
+    QWidget* m_self;
+    unsigned m_autoresizingMask = NSViewNotSizable;
+    bool m_postsFrameChangedNotifications = false;
+    bool m_hasFrame = false;   // set by setFrame, so that the exact numbers are known
+    NSRect m_frame;            // as it was set
+    NSRect m_toldFrame;        // by the last notification
+    QRect m_placedGeometry;    // what it was rounded to: where the widget is elsewhere, Qt has moved it
+    QSize m_laidOutSize;       // the size that the subviews were laid out for
+    double m_paintHeight = -1; // of the surface being painted: a scrolling view's viewport is lower than the view
+    QRect m_dirtyRect;
+    QPaintDevice* m_capture = nullptr;
+    QPoint m_captureOffset;
+    QEvent* m_focusEvent = nullptr;
+};
+
+/// The viewport of a view that scrolls; there for its painting to be caught as the view's own is.
+class VXKIT_EXPORT CaptureViewport : public QWidget {
+public:
+    explicit CaptureViewport(const ViewCore& view) : m_view(view) {}
+
+protected:
+    QPaintDevice* redirected(QPoint* offset) const override;
+    QPainter* sharedPainter() const override;
+
+private:
+    const ViewCore& m_view;
+};
+
+/// A widget class of Qt's as a view: `ViewOf<QWidget>` is NSView, a button would be `ViewOf<QAbstractButton>`.
+template <class QtBase>
+class ViewOf : public QtBase, public ViewCore {
+    static constexpr bool scrolls = std::is_base_of_v<QAbstractScrollArea, QtBase>;
+
+public:
+    ViewOf(const ViewOf&) = delete;
+    ViewOf& operator=(const ViewOf&) = delete;
+
+    template <class... Arguments>
+    requires(!(std::is_base_of_v<ViewOf, std::remove_cvref_t<Arguments>> ||
+               ...)) explicit ViewOf(Arguments&&... arguments)
+        : QtBase(std::forward<Arguments>(arguments)...), ViewCore(static_cast<QWidget*>(this)) {
+        replaceViewport();
+    }
+
+    using ViewCore::setFrame;
+    using ViewCore::window;
+
+protected:
+    void paintEvent(QPaintEvent* event) override {
+        if constexpr (scrolls) {
+            ViewCore::paint(*this->viewport(), event->region());
+        } else {
+            ViewCore::paint(*this, event->region());
+        }
+    }
+    bool event(QEvent* event) override {
+        // Before focusInEvent and its like, after which QWidget still needs a view that may be gone by then.
+        if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
+            focus(static_cast<QFocusEvent&>(*event));
+            return true;
+        }
+        return QtBase::event(event);
+    }
+    void resizeEvent(QResizeEvent* event) override {
+        QtBase::resizeEvent(event);
+        sizeMayHaveChanged();
+        frameMayHaveChanged();
+    }
+    void moveEvent(QMoveEvent* event) override {
+        QtBase::moveEvent(event);
+        frameMayHaveChanged();
+    }
+    void mousePressEvent(QMouseEvent* event) override { dispatch(*event); }
+    void mouseReleaseEvent(QMouseEvent* event) override { dispatch(*event); }
+    void mouseDoubleClickEvent(QMouseEvent* event) override { dispatch(*event); }
+    void mouseMoveEvent(QMouseEvent* event) override { dispatch(*event); }
+    void wheelEvent(QWheelEvent* event) override { dispatch(*event); }
+    void enterEvent(QEnterEvent* event) override { dispatch(*event); }
+    void leaveEvent(QEvent* event) override { dispatch(*event); }
+    void keyPressEvent(QKeyEvent* event) override { dispatch(*event); }
+    void keyReleaseEvent(QKeyEvent* event) override { dispatch(*event); }
+
+    void drawAsWidget(const QRect& dirtyRect) override {
+        // An abstract class has nothing to draw.
+        if constexpr (!std::is_abstract_v<QtBase>) {
+            QPaintEvent event(dirtyRect);
+            QtBase::paintEvent(&event);
+        }
+    }
+    void handleAsWidget(QEvent& event) override {
+        switch (event.type()) {
+        case QEvent::MouseButtonPress:
+            return QtBase::mousePressEvent(static_cast<QMouseEvent*>(&event));
+        case QEvent::MouseButtonRelease:
+            return QtBase::mouseReleaseEvent(static_cast<QMouseEvent*>(&event));
+        case QEvent::MouseButtonDblClick:
+            return QtBase::mouseDoubleClickEvent(static_cast<QMouseEvent*>(&event));
+        case QEvent::MouseMove:
+            return QtBase::mouseMoveEvent(static_cast<QMouseEvent*>(&event));
+        case QEvent::Wheel:
+            return QtBase::wheelEvent(static_cast<QWheelEvent*>(&event));
+        case QEvent::Enter:
+            return QtBase::enterEvent(static_cast<QEnterEvent*>(&event));
+        case QEvent::Leave:
+            return QtBase::leaveEvent(&event);
+        case QEvent::KeyPress:
+            return QtBase::keyPressEvent(static_cast<QKeyEvent*>(&event));
+        case QEvent::KeyRelease:
+            return QtBase::keyReleaseEvent(static_cast<QKeyEvent*>(&event));
+        case QEvent::FocusIn:
+        case QEvent::FocusOut:
+            QtBase::event(&event);
+            return;
+        default:
+            return;
+        }
+    }
+
+    QPaintDevice* redirected(QPoint* offset) const override {
+        QPaintDevice* capture = scrolls ? nullptr : paintCapture(offset);
+        return capture ? capture : QtBase::redirected(offset);
+    }
+    QPainter* sharedPainter() const override {
+        return !scrolls && isCapturingPaint() ? nullptr : QtBase::sharedPainter();
+    }
+
+private:
+    void replaceViewport() {
+        if constexpr (scrolls) {
+            // What Qt's own viewport was set up with does not pass to another by itself.
+            QWidget* const before = this->viewport();
+            auto* const viewport = new CaptureViewport(*this);
+            viewport->setBackgroundRole(before->backgroundRole());
+            viewport->setAutoFillBackground(before->autoFillBackground());
+            viewport->setCursor(before->cursor());
+            viewport->setAttribute(Qt::WA_InputMethodEnabled, before->testAttribute(Qt::WA_InputMethodEnabled));
+            viewport->setMouseTracking(before->hasMouseTracking());
+            viewport->setAcceptDrops(before->acceptDrops());
+            this->setViewport(viewport);
+            if constexpr (requires { this->document()->documentLayout(); }) {
+                this->document()->documentLayout()->setPaintDevice(this->viewport());
+            }
+        }
+    }
+};
+
+/// A view with nothing in it. Stands for AppKit's class of the same name.
+using NSView = ViewOf<QWidget>;
+
+extern template class VXKIT_EXPORT ViewOf<QWidget>;

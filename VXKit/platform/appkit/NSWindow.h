@@ -1,0 +1,321 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/appkit/NSEvent.h>
+#include <VXKit/platform/appkit/NSView.h>
+#include <VXKit/platform/foundation/NSGeometry.h>
+#include <VXKit/platform/graphics/NSColor.h>
+
+#include <QImage>
+#include <QMargins>
+#include <QPointer>
+#include <QWidget>
+
+#include <limits>
+#include <vector>
+
+/// Posted with the window as sender, after what their names say; will-close before.
+inline constexpr const char* NSWindowDidMoveNotification = "NSWindowDidMoveNotification";
+inline constexpr const char* NSWindowDidResizeNotification = "NSWindowDidResizeNotification";
+inline constexpr const char* NSWindowDidBecomeKeyNotification = "NSWindowDidBecomeKeyNotification";
+inline constexpr const char* NSWindowDidResignKeyNotification = "NSWindowDidResignKeyNotification";
+inline constexpr const char* NSWindowDidBecomeMainNotification = "NSWindowDidBecomeMainNotification";
+inline constexpr const char* NSWindowDidResignMainNotification = "NSWindowDidResignMainNotification";
+inline constexpr const char* NSWindowWillCloseNotification = "NSWindowWillCloseNotification";
+
+/// Bits of a window's style. A borderless window has no frame and no title bar.
+inline constexpr unsigned NSBorderlessWindowMask = 0;
+inline constexpr unsigned NSTitledWindowMask = 1;
+inline constexpr unsigned NSClosableWindowMask = 2;
+inline constexpr unsigned NSMiniaturizableWindowMask = 4;
+inline constexpr unsigned NSResizableWindowMask = 8;
+
+/// How a window keeps its pixels. Every window here is buffered, whatever is asked.
+enum NSBackingStoreType { NSBackingStoreRetained = 0, NSBackingStoreNonretained = 1, NSBackingStoreBuffered = 2 };
+
+enum NSWindowOrderingMode { NSWindowBelow = -1, NSWindowOut = 0, NSWindowAbove = 1 };
+
+inline constexpr unsigned NSWindowCollectionBehaviorDefault = 0;
+/// The window is on every desktop.
+inline constexpr unsigned NSWindowCollectionBehaviorCanJoinAllSpaces = 1;
+
+inline constexpr int NSNormalWindowLevel = 0;
+inline constexpr int NSFloatingWindowLevel = 3;
+inline constexpr int NSModalPanelWindowLevel = 8;
+inline constexpr int NSMainMenuWindowLevel = 24;
+inline constexpr int NSStatusWindowLevel = 25;
+inline constexpr int NSPopUpMenuWindowLevel = 101;
+
+/// Numbers that name a level; the kit's windows float at that of the modal panel.
+inline constexpr int kCGNormalWindowLevelKey = 4;
+inline constexpr int kCGFloatingWindowLevelKey = 5;
+inline constexpr int kCGMainMenuWindowLevelKey = 8;
+inline constexpr int kCGStatusWindowLevelKey = 9;
+inline constexpr int kCGModalPanelWindowLevelKey = 10;
+inline constexpr int kCGPopUpMenuWindowLevelKey = 11;
+
+/// The level that goes by the number `key`; the normal one for a number without a level.
+[[nodiscard]] constexpr int CGWindowLevelForKey(int key) {
+    switch (key) {
+    case kCGFloatingWindowLevelKey:
+        return NSFloatingWindowLevel;
+    case kCGMainMenuWindowLevelKey:
+        return NSMainMenuWindowLevel;
+    case kCGStatusWindowLevelKey:
+        return NSStatusWindowLevel;
+    case kCGModalPanelWindowLevelKey:
+        return NSModalPanelWindowLevel;
+    case kCGPopUpMenuWindowLevelKey:
+        return NSPopUpMenuWindowLevel;
+    default:
+        return NSNormalWindowLevel;
+    }
+}
+
+/// Who puts a window in its place on an X11 desktop.
+enum class NSWindowManagement {
+    Managed,   ///< the window manager, which may clamp its frame and gives it the keyboard as it sees fit
+    Bypassing, ///< the window itself: its frame holds to the pixel, and it stays above full-screen windows
+};
+
+/// Windows do not change on the screen until NSEnableScreenUpdates has been called as often: those that are ordered out
+/// or lose their opacity meanwhile stay as they are, so that what comes in their place is there before they go. An
+/// enable without a disable is ignored.
+VXKIT_EXPORT void NSDisableScreenUpdates();
+VXKIT_EXPORT void NSEnableScreenUpdates();
+
+/// A window, in AppKit's terms: screen coordinates with the origin at the bottom left, levels, key and main windows.
+///
+/// A top-level QWidget, with a content view that fills it. The window paints its background colour, which a window that
+/// is not opaque may leave transparent; without a compositing manager it is shown opaque, cut to its shape. Whoever
+/// makes a window owns it, unless it is released when closed. A QLayout belongs on the content view or deeper.
+///
+/// Stands for AppKit's class of the same name.
+class VXKIT_EXPORT NSWindow : public QWidget {
+    Q_OBJECT
+
+public:
+    /// A window whose content is `contentRect`, in screen coordinates. It is not shown. `backing` and `defer` make no
+    /// difference here: the window server hears of a window when it is first ordered in.
+    /// AppKit: `-initWithContentRect:styleMask:backing:defer:`.
+    NSWindow(const NSRect& contentRect, unsigned styleMask, NSBackingStoreType backing, bool defer);
+    ~NSWindow() override;
+
+    /// The window's frame, its title bar included, in screen coordinates. A subclass may compute it; ordering the
+    /// window in places it where this says. AppKit: `-frame`.
+    [[nodiscard]] virtual NSRect frame() const;
+    /// Moves and resizes the window, posts what changed (the move first) and, with `display`, redraws it before it
+    /// returns. AppKit: `-setFrame:display:`.
+    virtual void setFrame(const NSRect& frame, bool display);
+    /// With `animate`, gets there smoothly in animationResizeTime and returns when it is there; the user's input waits.
+    /// AppKit: `-setFrame:display:animate:`.
+    virtual void setFrame(const NSRect& frame, bool display, bool animate);
+    /// AppKit: `-setFrameOrigin:`.
+    virtual void setFrameOrigin(const NSPoint& origin);
+    /// Puts the window in the middle across and a third of the free height below the top of what panels leave free.
+    /// AppKit: `-center`.
+    void center();
+    /// Where the window goes instead when it would be ordered in with `frame`. Here: there.
+    /// AppKit: `-constrainFrameRect:toScreen:`.
+    [[nodiscard]] virtual NSRect constrainFrameRect(const NSRect& frame) const;
+    /// Seconds that an animated change to `newFrame` takes: 0.20 for each 150 points of the largest change in any edge.
+    /// AppKit: `-animationResizeTime:`.
+    [[nodiscard]] virtual double animationResizeTime(const NSRect& newFrame) const;
+
+    /// The frame around a content, and the content of a frame. The same for a borderless window. Of others, as far as
+    /// the window manager has told the width of its borders. AppKit: `-frameRectForContentRect:` and its opposite.
+    [[nodiscard]] NSRect frameRectForContentRect(const NSRect& contentRect) const;
+    [[nodiscard]] NSRect contentRectForFrameRect(const NSRect& frame) const;
+
+    /// The least and the largest size of the frame; what dragging a corner keeps to, and for a managed resizable
+    /// window the window manager. Setting them does not change the window. (0, 0) and the largest number at first.
+    [[nodiscard]] NSSize minSize() const { return m_minSize; }
+    void setMinSize(const NSSize& size);
+    [[nodiscard]] NSSize maxSize() const { return m_maxSize; }
+    void setMaxSize(const NSSize& size);
+
+    [[nodiscard]] unsigned styleMask() const { return m_styleMask; }
+
+    /// The view that fills the window; it belongs to it. The one before is deleted. Never null.
+    [[nodiscard]] QWidget* contentView() const { return m_contentView; }
+    void setContentView(QWidget* view);
+
+    /// Which windows lie above which. On a managed window, any above the normal level keeps it above the others.
+    [[nodiscard]] int level() const { return m_level; }
+    void setLevel(int level);
+    /// The number by which the window server knows the window; -1 before it was first ordered in, and for a one-shot
+    /// window whenever it is out.
+    [[nodiscard]] int windowNumber() const { return m_windowNumber; }
+    /// Whether the window server forgets the window when it is ordered out. No.
+    [[nodiscard]] bool isOneShot() const { return m_isOneShot; }
+    void setOneShot(bool flag) { m_isOneShot = flag; }
+    [[nodiscard]] unsigned collectionBehavior() const { return m_collectionBehavior; }
+    void setCollectionBehavior(unsigned behavior);
+    [[nodiscard]] NSWindowManagement management() const { return m_management; }
+    /// To be called before the window is first ordered in.
+    void setManagement(NSWindowManagement management);
+
+    [[nodiscard]] bool isOpaque() const { return m_isOpaque; }
+    /// Whether the window covers all of its frame. To be called before the window is first ordered in.
+    void setOpaque(bool flag);
+    [[nodiscard]] bool hasShadow() const { return m_hasShadow; }
+    /// Whether a window manager draws one; the kit's own is another (setUpWindowShadow). Yes.
+    void setHasShadow(bool flag) { m_hasShadow = flag; }
+    [[nodiscard]] double alphaValue() const { return m_alphaValue; }
+    /// From 0, which cannot be seen, to 1. Without a compositing manager anything above 0 is 1.
+    void setAlphaValue(double alpha);
+    [[nodiscard]] const NSColor& backgroundColor() const { return m_backgroundColor; }
+    virtual void setBackgroundColor(const NSColor& color);
+
+    /// Blurs what shines through the window, where the desktop offers that, within its shape. 0, the radius at first,
+    /// is no blur.
+    void setBackgroundBlurRadius(double radius);
+
+    /// Redraws the window and its views before it returns. Nothing while it is not shown. AppKit: `-display`.
+    virtual void display();
+
+    /// Shows the window above the others of its level, without giving it the keyboard; one that was out is redrawn.
+    /// `sender` is not looked at.
+    void orderFront(QObject* sender);
+    void orderBack(QObject* sender);
+    void orderOut(QObject* sender);
+    /// Orders the window in, just above or below the window with the number `otherWindowNumber` (0: all of its level),
+    /// or out. AppKit: `-orderWindow:relativeTo:`.
+    virtual void orderWindow(NSWindowOrderingMode place, int otherWindowNumber);
+    /// Shows the window in front and gives it the keyboard. AppKit: `-makeKeyAndOrderFront:`.
+    virtual void makeKeyAndOrderFront(QObject* sender);
+    /// Gives the window the keyboard, if it can take it and is shown. AppKit: `-makeKeyWindow`.
+    void makeKeyWindow();
+    /// Hides QWidget's: no from the moment that the window is ordered out, also while screen updates are suspended.
+    [[nodiscard]] bool isVisible() const { return QWidget::isVisible() && !m_goesOutLater; }
+
+    /// The window deletes itself when it is closed. No.
+    [[nodiscard]] bool isReleasedWhenClosed() const { return testAttribute(Qt::WA_DeleteOnClose); }
+    void setReleasedWhenClosed(bool flag) { setAttribute(Qt::WA_DeleteOnClose, flag); }
+
+    /// Windows that move with this one, and are ordered in and out with it; `place` says on which side they lie. A
+    /// child is owned by whoever made it. AppKit: `-addChildWindow:ordered:`.
+    void addChildWindow(NSWindow* child, NSWindowOrderingMode place);
+    void removeChildWindow(NSWindow* child);
+    [[nodiscard]] std::vector<NSWindow*> childWindows() const;
+    [[nodiscard]] NSWindow* parentWindow() const { return m_parentWindow; }
+
+    /// Whether the window looks and moves like a sheet, which the kit's own emulation of one says of it.
+    [[nodiscard]] bool isSheet() const { return m_isSheet; }
+    void _setSheet(bool flag) { m_isSheet = flag; }
+
+    /// Whether the window may take the keyboard, and be the one that commands go to. A borderless one may not.
+    [[nodiscard]] virtual bool canBecomeKeyWindow() const;
+    [[nodiscard]] virtual bool canBecomeMainWindow() const;
+    [[nodiscard]] bool isKeyWindow() const { return m_isKey; }
+    [[nodiscard]] bool isMainWindow() const;
+    /// Called when the window has got the keyboard; called by itself, takes it. AppKit: `-becomeKeyWindow`.
+    virtual void becomeKeyWindow();
+    /// Called when the window has lost the keyboard. AppKit: `-resignKeyWindow`.
+    virtual void resignKeyWindow();
+
+    /// What gets the keys: a view, or the window itself where none does. AppKit: `-firstResponder`.
+    [[nodiscard]] QWidget* firstResponder() const;
+    /// Gives the keys to `responder`, or to the window itself where that is null, which ends editing. False where the
+    /// view takes no keys or is not in this window. AppKit: `-makeFirstResponder:`.
+    bool makeFirstResponder(QWidget* responder);
+
+    /// Every event of the mouse and the keyboard for the window comes here first; this hands it on to its view, and to
+    /// nobody where a subclass does not call it. Keys are offered to the views as key equivalents before that.
+    /// AppKit: `-sendEvent:`.
+    virtual void sendEvent(const NSEvent& event);
+    /// Events that no view had a use for. Here: nothing. AppKit: `-mouseDown:` and its kin.
+    virtual void mouseDown(const NSEvent& event);
+    virtual void mouseDragged(const NSEvent& event);
+    virtual void mouseUp(const NSEvent& event);
+    virtual void rightMouseDown(const NSEvent& event);
+    virtual void keyDown(const NSEvent& event);
+
+    /// Called when the window has been loaded from a nib, or by its owner where there is none. Here: nothing.
+    virtual void awakeFromNib();
+
+    /// All windows of the application, the lowest first. AppKit: `NSApplication -windows`.
+    [[nodiscard]] static std::vector<NSWindow*> windows();
+    /// The window with the keyboard, and the one that commands go to; null where there is none.
+    [[nodiscard]] static NSWindow* keyWindow();
+    [[nodiscard]] static NSWindow* mainWindow();
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    friend class ViewCore;
+    friend void NSDisableScreenUpdates();
+    friend void NSEnableScreenUpdates();
+
+    class InputFilter;
+
+    void applyWindowFlags();
+    void applySizeLimits(const QSize& size);
+    [[nodiscard]] QMargins borders() const;
+    void place(const NSRect& frame);
+    void moveToPixel();
+    void layOutContent();
+    void takeGeometryFromQt();
+    void announceChange(const NSRect& before);
+    void moveChildren(const NSRect& before);
+    void orderIn(NSWindowOrderingMode place, int otherWindowNumber);
+    void orderOutNow();
+    void orderHigherLevelsFront() const;
+    void orderLowerLevelsBack() const;
+    void orderChildrenOut();
+    void setWentOutWithParent(const NSWindow* child, bool flag);
+    void becomeMainWindow();
+    void applyAlpha();
+    void updateShape();
+    void scheduleShapeUpdate();
+    void dispatch(QEvent& event);
+    void handleUnusedEvent(const NSEvent& event);
+
+    static constexpr auto largestLength = static_cast<double>(std::numeric_limits<float>::max());
+
+    unsigned m_styleMask;
+    NSRect m_frame;         // as it was set
+    QRect m_placedGeometry; // what it was rounded to, without borders: elsewhere, the window manager has moved it
+    QMargins m_placedBorders;
+    bool m_isPlacing = false;
+    QPointer<QWidget> m_contentView;
+    InputFilter* m_inputFilter; // owned as a child
+    NSSize m_minSize;
+    NSSize m_maxSize{largestLength, largestLength};
+    int m_level = NSNormalWindowLevel;
+    int m_windowNumber = -1;
+    bool m_isOneShot = false;
+    unsigned m_collectionBehavior = NSWindowCollectionBehaviorDefault;
+    NSWindowManagement m_management = NSWindowManagement::Managed;
+    bool m_isOpaque = true;
+    bool m_hasShadow = true;
+    double m_alphaValue = 1;
+    NSColor m_backgroundColor;
+    double m_backgroundBlurRadius = 0;
+    bool m_isKey = false;
+    bool m_isSheet = false;
+    bool m_goesOutLater = false;
+    bool m_changesAlphaLater = false;
+    bool m_shapeIsStale = false;
+    QImage m_opaqueBackground; // where there is no compositing manager
+    QPointer<NSWindow> m_parentWindow;
+    struct Child {
+        QPointer<NSWindow> window;
+        NSWindowOrderingMode place;
+        bool wentOutWithParent;
+    };
+    std::vector<Child> m_children;
+};

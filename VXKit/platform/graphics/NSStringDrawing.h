@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+// Measures and draws text with the current graphics context. AppKit: the string drawing additions and
+// NSAttributedString.
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/foundation/NSGeometry.h>
+#include <VXKit/platform/graphics/NSColor.h>
+#include <VXKit/platform/graphics/NSFont.h>
+#include <VXKit/platform/graphics/NSShadow.h>
+
+#include <QString>
+
+#include <optional>
+
+/// Where lines stand between the sides of their rectangle. NSNaturalTextAlignment is left, and right for text that is
+/// written from right to left. AppKit: `NSTextAlignment`.
+enum NSTextAlignment {
+    NSLeftTextAlignment = 0,
+    NSRightTextAlignment = 1,
+    NSCenterTextAlignment = 2,
+    NSNaturalTextAlignment = 4,
+};
+
+/// What becomes of a line wider than its rectangle: it goes on in the next one (a single word that is too wide is
+/// broken), is cut off, or is shortened with an ellipsis at its end. AppKit: `NSLineBreakMode`.
+enum NSLineBreakMode { NSLineBreakByWordWrapping = 0, NSLineBreakByClipping = 2, NSLineBreakByTruncatingTail = 4 };
+
+/// How text looks. AppKit: the attributes dictionary with its paragraph style.
+struct NSTextAttributes {
+    NSFont font = NSFont::systemFontOfSize(12);
+    NSColor foregroundColor = NSColor::blackColor();
+    NSTextAlignment alignment = NSNaturalTextAlignment;
+    NSLineBreakMode lineBreakMode = NSLineBreakByWordWrapping;
+    /// The shadow of this text; where there is none, that of the context stays in force.
+    std::optional<NSShadow> shadow = std::nullopt;
+
+    friend bool operator==(const NSTextAttributes&, const NSTextAttributes&) = default;
+};
+
+/// The width and height in points, fractions kept, that `string` takes up when nothing limits its width: the advance
+/// width of its widest line, spaces at its end included, and the line height for each line. An empty string has one
+/// line of no width. AppKit: `-sizeWithAttributes:`.
+[[nodiscard]] VXKIT_EXPORT NSSize sizeWithAttributes(const QString& string, const NSTextAttributes& attributes = {});
+
+/// Draws `string` in a rectangle of the size that sizeWithAttributes tells, whose corner with the smallest coordinates
+/// is `point`: the bottom left, in a flipped context the top left. Draws nothing without a context. AppKit:
+/// `-drawAtPoint:withAttributes:`.
+VXKIT_EXPORT void drawAtPoint(const QString& string, const NSPoint& point, const NSTextAttributes& attributes = {});
+
+/// Draws `string` from the top of `rect` downwards, broken into lines of its width and aligned in it; what does not fit
+/// is cut off. A rectangle of the very size that sizeWithAttributes tells holds all of the string. AppKit:
+/// `-drawInRect:withAttributes:`.
+VXKIT_EXPORT void drawInRect(const QString& string, const NSRect& rect, const NSTextAttributes& attributes = {});
+
+/// A string with its looks, the same for all of it. A value. Stands for the AppKit class of the same name.
+class VXKIT_EXPORT NSAttributedString {
+public:
+    NSAttributedString() = default;
+    /// AppKit: `-initWithString:attributes:`.
+    explicit NSAttributedString(QString string, NSTextAttributes attributes = {});
+
+    /// AppKit: `-string`.
+    [[nodiscard]] const QString& string() const { return m_string; }
+    [[nodiscard]] const NSTextAttributes& attributes() const { return m_attributes; }
+
+    /// See sizeWithAttributes. AppKit: `-size`.
+    [[nodiscard]] NSSize size() const;
+    /// See the function of that name. AppKit: `-drawAtPoint:`.
+    void drawAtPoint(const NSPoint& point) const;
+    /// See the function of that name. AppKit: `-drawInRect:`.
+    void drawInRect(const NSRect& rect) const;
+
+    friend bool operator==(const NSAttributedString&, const NSAttributedString&) = default;
+
+private:
+    QString m_string;
+    NSTextAttributes m_attributes;
+};
