@@ -5,9 +5,12 @@
 #include <VXKit/app/LTApplication.h>
 #include <VXKit/app/LTApplicationProtocol.h>
 #include <VXKit/app/LTHelpLoader.h>
+#include <VXKit/app/LTStatusItemView.h>
+#include <VXKit/app/LTWindow.h>
 #include <VXKit/database/LTDatabase.h>
 #include <VXKit/database/LTSnippetArray.h>
 #include <VXKit/database/_LTSnippet.h>
+#include <VXKit/hud/NSWindow+NSWindowAdditions.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSEvent.h>

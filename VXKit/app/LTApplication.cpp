@@ -2,8 +2,13 @@
 #include <VXKit/app/LTApplication.h>
 
 #include <VXKit/app/LTHelpLoader.h>
+#include <VXKit/platform/appkit/NSScreen.h>
+#include <VXKit/platform/appkit/NSStatusBar.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
+#include <VXKit/platform/desktop/WindowEffects.h>
 #include <VXKit/platform/foundation/NSProcessInfo.h>
+
+#include <QCursor>
 
 #include <cstdint>
 
@@ -27,7 +32,19 @@ bool areEqualStrings(const QString& left, const QString& right) {
 
 } // namespace
 
-LTApplication::LTApplication(int& argc, char** argv) : NSApplication(argc, argv) {}
+LTApplication::LTApplication(int& argc, char** argv) : NSApplication(argc, argv) {
+    WindowEffects& effects = WindowEffects::sharedEffects();
+    connect(&effects, &WindowEffects::pressedElsewhere, this, &LTApplication::mouseWasPressedElsewhere);
+    NSNotificationCenter& centre = NSNotificationCenter::defaultCenter();
+    m_didBecomeActive =
+        centre.addObserverForName(NSApplicationDidBecomeActiveNotification, this, [this](const NSNotification&) {
+            WindowEffects::sharedEffects().setWatchesPresses(*this, true);
+        });
+    m_didResignActive =
+        centre.addObserverForName(NSApplicationDidResignActiveNotification, this, [this](const NSNotification&) {
+            WindowEffects::sharedEffects().setWatchesPresses(*this, false);
+        });
+}
 
 LTApplication::~LTApplication() = default;
 
@@ -79,6 +96,16 @@ void LTApplication::showHelp(QObject* /*sender*/) {
         return;
     }
     LTHelpLoader::loader().pop();
+}
+
+/// A press on the bare desktop or on a panel gives the keyboard to nobody, and one on another window does so only after
+/// a while; a window that closes when the application is left closes at the press.
+void LTApplication::mouseWasPressedElsewhere() {
+    const NSPoint pointer = NSScreenPointFromGlobal(QCursor::pos());
+    // A press on the status item, where a panel shows it, will be told by that: it toggles the window.
+    if (shouldCloseMainWindowOnDeactivate() && !NSStatusBar::systemStatusBar().hasStatusItemAtPoint(pointer)) {
+        deactivate();
+    }
 }
 
 void LTApplication::_unsetActive(const NSNotification& /*notification*/) {

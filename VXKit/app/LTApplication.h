@@ -44,5 +44,9 @@ protected:
     bool _isActive = false; ///< the activity flag
 
 private:
+    void mouseWasPressedElsewhere();
+
     NSNotificationObservation m_willResignActive;
+    NSNotificationObservation m_didBecomeActive;
+    NSNotificationObservation m_didResignActive;
 };

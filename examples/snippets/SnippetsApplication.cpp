@@ -7,15 +7,13 @@
 #include "SnippetsWindow.h"
 
 #include <VXKit/platform/appkit/NSPasteboard.h>
-#include <VXKit/platform/foundation/NSLog.h>
-#include <VXKit/platform/foundation/NSTimer.h>
+#include <VXKit/platform/appkit/NSStatusBar.h>
 #include <VXKit/support/VXLog.h>
 
 #include <QDir>
 #include <QMenu>
 #include <QMetaObject>
 #include <QShortcut>
-#include <QSystemTrayIcon>
 
 #include <cstdio>
 
@@ -23,7 +21,7 @@ namespace {
 
 constexpr std::size_t newestCount = 5;     // snippets in the menu
 constexpr qsizetype longestMenuTitle = 40; // characters
-constexpr double trayInterval = 5.0;       // seconds between two looks for a tray
+constexpr double statusItemWidth = 30;     // points
 
 QString menuTitle(const Snippet& snippet) {
     QString title = snippet.title().isEmpty() ? QStringLiteral("Untitled") : snippet.title();
@@ -43,30 +41,31 @@ SnippetsApplication::SnippetsApplication(int& argc, char** argv) : LTApplication
     applyAppearance();
 }
 
-SnippetsApplication::~SnippetsApplication() {
-    if (m_trayTimer) {
-        m_trayTimer->invalidate();
-    }
-}
+SnippetsApplication::~SnippetsApplication() = default;
 
 bool SnippetsApplication::start() {
     if (!lockDatabase()) {
         return false;
     }
     m_database = SnippetsDatabase::shared();
-    m_window = std::make_unique<SnippetsWindow>(m_database);
-    connect(m_window.get(), &SnippetsWindow::left, this, [this] { switchBackToApp(); });
-    connect(m_window.get(), &SnippetsWindow::closed, this, [this] {
-        if (m_tray) {
-            switchBackToApp();
-        } else {
-            terminate(nullptr);
+    m_syncManager = std::make_unique<SnippetsSyncManager>(m_database);
+    connect(m_syncManager.get(), &SnippetsSyncManager::ended, this, [this](const QString& problem) {
+        if (!problem.isEmpty()) {
+            complain(problem);
         }
+        m_window->tellBackup(problem);
+    });
+    makeStatusItem();
+    m_window = std::make_unique<SnippetsWindow>(m_database);
+    m_window->awakeFromNib();
+    connect(m_window.get(), &SnippetsWindow::left, this, [this] {
+        m_statusItemView->setHighlighted(false);
+        switchBackToApp();
     });
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), m_window.get()), &QShortcut::activated, this,
             [this] { terminate(nullptr); });
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), m_window.get()), &QShortcut::activated, m_window.get(),
-            &QWidget::close);
+            &SnippetsWindow::leave);
     connect(new QShortcut(QKeySequence(QKeySequence::HelpContents), m_window.get()), &QShortcut::activated, this,
             [this] { showHelp(nullptr); });
     makeMenu();
@@ -80,17 +79,25 @@ bool SnippetsApplication::start() {
                     this, [this] { listNewestSnippets(); }, Qt::QueuedConnection);
             }
         });
+    m_statusItemDidMove = centre.addObserverForName(
+        NSWindowDidMoveNotification, m_statusItemView->window(), [this](const NSNotification&) {
+            if (m_window->isVisible()) {
+                m_window->setFrame(m_window->constrainFrameRect(m_window->frame()), true);
+            }
+        });
     m_willTerminate = centre.addObserverForName(NSApplicationWillTerminateNotification, nullptr,
-                                                [this](const NSNotification&) { m_window->saveFrame(); });
-
-    followTray();
-    if (!m_tray) {
-        m_window->setWhenLeft(SnippetsWindow::WhenLeft::Minimises);
-        showMainWindow();
-    }
-    m_trayTimer =
-        NSTimer::scheduledTimerWithTimeInterval(trayInterval, NSTimerRepeats::Yes, [this](NSTimer&) { followTray(); });
+                                                [this](const NSNotification&) { m_window->saveDivision(); });
     return true;
+}
+
+void SnippetsApplication::makeStatusItem() {
+    NSStatusBar& bar = NSStatusBar::systemStatusBar();
+    m_statusItem = bar.statusItemWithLength(statusItemWidth);
+    m_statusItem->setTitle(applicationDisplayName());
+    m_statusItem->setToolTip(applicationDisplayName());
+    auto view = std::make_unique<LTStatusItemView>(NSMakeRect(0, 0, statusItemWidth, bar.thickness()));
+    m_statusItemView = view.get();
+    m_statusItem->setView(std::move(view));
 }
 
 bool SnippetsApplication::lockDatabase() {
@@ -130,10 +137,8 @@ SnippetImportResult SnippetsApplication::importPaths(const QStringList& paths) {
 void SnippetsApplication::showMainWindow() {
     // First, while the other application is still in front and can be noted.
     activateIgnoringOtherApps(true);
-    m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
-    m_window->show();
-    m_window->raise();
-    m_window->activateWindow();
+    m_statusItemView->setHighlighted(true);
+    m_window->makeKeyAndOrderFront(nullptr);
 }
 
 QUrl SnippetsApplication::helpURL() const {
@@ -146,8 +151,9 @@ LTApplicationController* SnippetsApplication::applicationController() const {
 }
 
 void SnippetsApplication::toggleMainWindow() {
-    if (m_window->isVisible() && !m_window->isMinimized()) {
+    if (m_window->isVisible()) {
         closeMainWindow();
+        switchBackToApp();
     } else {
         showMainWindow();
     }
@@ -155,8 +161,8 @@ void SnippetsApplication::toggleMainWindow() {
 
 void SnippetsApplication::closeMainWindow() {
     if (m_window->isVisible()) {
-        m_window->saveFrame();
-        m_window->hide();
+        m_window->orderOut(nullptr);
+        m_statusItemView->setHighlighted(false);
     }
 }
 
@@ -166,10 +172,12 @@ void SnippetsApplication::makeMenu() {
     m_menu->addAction(QStringLiteral("Add from Clipboard"), this, [this] { addFromClipboard(); });
     m_menu->addSeparator();
     m_newestEnd = m_menu->addSeparator();
+    m_menu->addAction(QStringLiteral("Back Up Now"), this, [this] { m_syncManager->sync(); });
     m_menu->addAction(QStringLiteral("Help"), this, [this] { showHelp(nullptr); });
     m_menu->addSeparator();
     m_menu->addAction(QStringLiteral("Quit"), this, [this] { terminate(nullptr); });
     listNewestSnippets();
+    m_statusItem->setMenu(m_menu.get());
 }
 
 void SnippetsApplication::listNewestSnippets() {
@@ -189,41 +197,8 @@ void SnippetsApplication::listNewestSnippets() {
 }
 
 void SnippetsApplication::addFromClipboard() {
-    const std::shared_ptr<Snippet> added = addSnippetFromPasteboard(*m_database, NSPasteboard::generalPasteboard());
-    if (!added && m_tray) {
-        m_tray->showMessage(applicationDisplayName(), QStringLiteral("There is no text on the clipboard."));
-    }
-}
-
-/// Uses a tray that has appeared, and does without one that is gone. Qt does not tell of either.
-void SnippetsApplication::followTray() {
-    const bool isThere = QSystemTrayIcon::isSystemTrayAvailable();
-    if (isThere == (m_tray != nullptr)) {
-        return;
-    }
-    if (!isThere) {
-        m_tray.reset();
-        m_window->setWhenLeft(SnippetsWindow::WhenLeft::Minimises);
+    if (!m_window->addFromClipboard()) {
+        // The window says what is missing.
         showMainWindow();
-        return;
-    }
-    m_tray = std::make_unique<QSystemTrayIcon>(QIcon(QStringLiteral(":/images/StatusIcon.svg")));
-    m_tray->setToolTip(applicationDisplayName());
-    m_tray->setContextMenu(m_menu.get());
-    connect(m_tray.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger) {
-            trayWasClicked();
-        }
-    });
-    m_tray->show();
-    m_window->setWhenLeft(SnippetsWindow::WhenLeft::Hides);
-}
-
-void SnippetsApplication::trayWasClicked() {
-    const bool isBehindOthers = m_window->isVisible() && !m_window->isMinimized() && !m_window->isActiveWindow();
-    activateIgnoringOtherApps(true);
-    // A window that cannot be seen for others is what the click asks for; activation has brought it to the front.
-    if (!isBehindOthers) {
-        toggleMainWindow();
     }
 }

@@ -60,7 +60,9 @@ bool shows(const QImage& screen, const QImage& content, QPoint place) {
     const QRect visible = QRect(place, content.size()).intersected(screen.rect());
     for (int y = visible.top(); y <= visible.bottom() && different <= differingPixels; ++y) {
         for (int x = visible.left(); x <= visible.right(); ++x) {
-            different += areAlike(screen.pixel(x, y), content.pixel(x - place.x(), y - place.y())) ? 0 : 1;
+            const QRgb painted = content.pixel(x - place.x(), y - place.y());
+            // Where the window is translucent, the screen shows what is behind it as well.
+            different += qAlpha(painted) < 255 || areAlike(screen.pixel(x, y), painted) ? 0 : 1;
         }
     }
     return !visible.isEmpty() && different <= differingPixels;
@@ -199,7 +201,7 @@ bool SnippetsTour::takePicture(QWidget& window, const QString& name) {
     QImage picture;
     waitFor(
         [&] {
-            content = window.grab().toImage().convertToFormat(QImage::Format_RGB32);
+            content = window.grab().toImage().convertToFormat(QImage::Format_ARGB32);
             picture = pictureOfScreen(screen);
             const QPointF place = QPointF(window.mapToGlobal(QPoint()) - screen.geometry().topLeft()) * ratio;
             return isEmpty(picture) || shows(picture, content, place.toPoint());

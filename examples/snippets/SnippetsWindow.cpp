@@ -30,13 +30,15 @@
 namespace {
 
 // Points.
-constexpr QSize firstSize(820, 540);
-constexpr QSize smallestSize(520, 320);
-constexpr int listWidth = 320;
+constexpr NSSize windowSize{720, 500};
+constexpr int arrowHeight = 14;    // of the window's arrow, above its body
+constexpr int separatorDepth = 48; // of the window's separator, below its top
+constexpr int outlineWidth = 2;    // that the window's sides leave
+constexpr int listWidth = 280;
 constexpr int smallestColumnWidth = 200;
 constexpr int margin = 12;
 constexpr int spacing = 8;
-constexpr int searchHeight = 32;
+constexpr int searchHeight = 26;
 constexpr int titleFontGrowth = 3;
 
 constexpr double undoTime = 8.0;     // seconds that a removal can be undone
@@ -46,7 +48,6 @@ constexpr double clockInterval = 60; // seconds
 /// Longer texts are shown up to here, so that moving through the list never stops at one.
 constexpr qsizetype longestPreview = 100'000; // characters
 
-constexpr const char* geometryKey = "SnippetsWindowGeometry";
 constexpr const char* divisionKey = "SnippetsWindowDivision";
 
 NSData dataOf(const QByteArray& bytes) {
@@ -103,13 +104,13 @@ bool hasOnly(const QKeyEvent& event, Qt::KeyboardModifiers modifiers) {
 } // namespace
 
 SnippetsWindow::SnippetsWindow(std::shared_ptr<SnippetsDatabase> database)
-    : m_database(std::move(database)), m_model(new SnippetsListModel(m_database, this)) {
+    : LTWindow({NSZeroPoint, windowSize}, NSBorderlessWindowMask, NSBackingStoreBuffered, false),
+      m_database(std::move(database)), m_model(new SnippetsListModel(m_database, this)) {
     setWindowTitle(QStringLiteral("Snippets"));
-    setMinimumSize(smallestSize);
     makeWidgets();
     layOutWidgets();
     connectWidgets();
-    restoreFrame();
+    restoreDivision();
     searchHasChanged();
 }
 
@@ -122,13 +123,13 @@ SnippetsWindow::~SnippetsWindow() {
 }
 
 void SnippetsWindow::makeWidgets() {
-    m_messageBar = new MessageBar(this);
+    m_messageBar = new MessageBar(contentView());
     m_messageBar->setObjectName(QStringLiteral("messageBar"));
-    m_undoBar = new MessageBar(this);
+    m_undoBar = new MessageBar(contentView());
     m_undoBar->setObjectName(QStringLiteral("undoBar"));
     m_undoBar->setAction(QStringLiteral("Undo"), QStringLiteral("Undo removal"));
 
-    m_search = new QLineEdit(this);
+    m_search = new QLineEdit(contentView());
     m_search->setPlaceholderText(QStringLiteral("Search snippets"));
     m_search->setAccessibleName(QStringLiteral("Search snippets"));
     m_search->setMinimumHeight(searchHeight);
@@ -138,7 +139,7 @@ void SnippetsWindow::makeWidgets() {
     m_clearSearch->setText(QStringLiteral("Clear search"));
     m_clearSearch->setVisible(false);
 
-    m_splitter = new QSplitter(this);
+    m_splitter = new QSplitter(contentView());
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setHandleWidth(1);
     m_list = new SnippetsListView(m_splitter);
@@ -172,11 +173,11 @@ void SnippetsWindow::makeWidgets() {
     textFont.setPixelSize(QFontInfo(font()).pixelSize() - 1);
     m_preview->setFont(textFont);
 
-    m_status = new ElidedLabel(this);
+    m_status = new ElidedLabel(contentView());
     m_status->setForegroundRole(QPalette::PlaceholderText);
-    m_add = new QPushButton(QStringLiteral("Add from Clipboard"), this);
-    m_remove = new QPushButton(QStringLiteral("Remove"), this);
-    m_copy = new QPushButton(QStringLiteral("Copy"), this);
+    m_add = new QPushButton(QStringLiteral("Add from Clipboard"), contentView());
+    m_remove = new QPushButton(QStringLiteral("Remove"), contentView());
+    m_copy = new QPushButton(QStringLiteral("Copy"), contentView());
     m_add->setToolTip(QStringLiteral("Add the text on the clipboard (Ctrl+V)"));
     m_remove->setToolTip(QStringLiteral("Remove the selected snippet (Delete)"));
     m_copy->setToolTip(QStringLiteral("Copy the selected snippet (Return copies and closes)"));
@@ -203,11 +204,15 @@ void SnippetsWindow::layOutWidgets() {
     detailLayout->addWidget(m_preview, 1);
     m_splitter->setStretchFactor(0, 0);
     m_splitter->setStretchFactor(1, 1);
-    m_splitter->setSizes({listWidth, firstSize.width() - listWidth});
+    m_splitter->setSizes({listWidth, static_cast<int>(windowSize.width) - listWidth});
 
+    // Search in the window's head, between its arrow and its separator; the rest within its outline.
     auto* searchLayout = new QHBoxLayout;
-    searchLayout->setContentsMargins(margin, margin, margin, margin);
+    searchLayout->setContentsMargins(margin, 0, margin, 0);
     searchLayout->addWidget(m_search);
+    auto* head = new QWidget(contentView());
+    head->setFixedHeight(separatorDepth - arrowHeight);
+    head->setLayout(searchLayout);
     auto* buttonLayout = new QHBoxLayout;
     buttonLayout->setContentsMargins(margin, spacing + 2, margin, spacing + 2);
     buttonLayout->setSpacing(spacing);
@@ -216,10 +221,11 @@ void SnippetsWindow::layOutWidgets() {
     buttonLayout->addWidget(m_remove);
     buttonLayout->addWidget(m_copy);
 
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins({});
+    auto* layout = new QVBoxLayout(contentView());
+    layout->setContentsMargins(outlineWidth, arrowHeight, outlineWidth, outlineWidth);
     layout->setSpacing(0);
-    layout->addLayout(searchLayout);
+    layout->addWidget(head);
+    layout->addSpacing(1);
     layout->addWidget(m_messageBar);
     layout->addWidget(m_splitter, 1);
     layout->addWidget(m_undoBar);
@@ -252,21 +258,18 @@ void SnippetsWindow::connectWidgets() {
     connect(m_undoBar, &MessageBar::dismissed, this, &SnippetsWindow::forgetRemoved);
 }
 
-void SnippetsWindow::restoreFrame() {
-    resize(firstSize);
-    restoreGeometry(bytesUnder(geometryKey));
+void SnippetsWindow::restoreDivision() {
     m_splitter->restoreState(bytesUnder(divisionKey));
     // Part of what the state remembers, and not the user's to change.
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setHandleWidth(1);
 }
 
-void SnippetsWindow::saveFrame() const {
+void SnippetsWindow::saveDivision() const {
     NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
-    defaults.setObject(dataOf(saveGeometry()), geometryKey);
     defaults.setObject(dataOf(m_splitter->saveState()), divisionKey);
     if (!defaults.synchronize()) {
-        VXLog("The window's frame could not be kept");
+        VXLog("The division of the window could not be kept");
     }
 }
 
@@ -365,6 +368,14 @@ void SnippetsWindow::showImportResult(const SnippetImportResult& result) {
         QStringLiteral("%1 imported, %2 not").arg(numbered(imported, "file was", "files were")).arg(refused), details);
 }
 
+void SnippetsWindow::tellBackup(const QString& problem) {
+    if (problem.isEmpty()) {
+        sayForAWhile(QStringLiteral("Backed up"));
+    } else {
+        m_messageBar->showMessage(QStringLiteral("There is no new backup"), {problem});
+    }
+}
+
 void SnippetsWindow::selectSnippet(const _LTSnippet& snippet) {
     QModelIndex index = m_model->indexOf(snippet);
     if (!index.isValid()) {
@@ -427,17 +438,12 @@ void SnippetsWindow::sayForAWhile(const QString& status) {
 }
 
 void SnippetsWindow::leave() {
-    saveFrame();
-    if (m_whenLeft == WhenLeft::Minimises) {
-        showMinimized();
-        return;
-    }
-    hide();
+    orderOut(nullptr);
     Q_EMIT left();
 }
 
 void SnippetsWindow::showEvent(QShowEvent* event) {
-    QWidget::showEvent(event);
+    LTWindow::showEvent(event);
     if (event->spontaneous()) {
         return;
     }
@@ -451,12 +457,13 @@ void SnippetsWindow::showEvent(QShowEvent* event) {
 }
 
 void SnippetsWindow::hideEvent(QHideEvent* event) {
-    QWidget::hideEvent(event);
+    LTWindow::hideEvent(event);
     if (!event->spontaneous() && m_clockTimer) {
         m_clockTimer->invalidate();
         m_clockTimer.reset();
     }
     if (!event->spontaneous()) {
+        saveDivision();
         // The next time starts afresh, at the snippet that was selected.
         m_search->clear();
     }
@@ -465,21 +472,15 @@ void SnippetsWindow::hideEvent(QHideEvent* event) {
 void SnippetsWindow::keyPressEvent(QKeyEvent* event) {
     // From widgets that are not filtered, those of the message bars.
     if (!handleKeyPress(nullptr, event)) {
-        QWidget::keyPressEvent(event);
+        LTWindow::keyPressEvent(event);
     }
-}
-
-void SnippetsWindow::closeEvent(QCloseEvent* event) {
-    saveFrame();
-    QWidget::closeEvent(event);
-    Q_EMIT closed();
 }
 
 bool SnippetsWindow::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::KeyPress && handleKeyPress(watched, static_cast<QKeyEvent*>(event))) {
         return true;
     }
-    return QWidget::eventFilter(watched, event);
+    return LTWindow::eventFilter(watched, event);
 }
 
 bool SnippetsWindow::handleKeyPress(QObject* receiver, QKeyEvent* event) {

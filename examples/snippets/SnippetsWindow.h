@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QWidget>
+#include <VXKit/app/LTWindow.h>
 
 #include <memory>
 #include <vector>
@@ -23,9 +23,10 @@ class SnippetsListView;
 class _LTSnippet;
 struct SnippetImportResult;
 
-/// The program's window: search, the list, and the selected snippet with its text.
+/// The program's window, which hangs under its status item: search, the list, and the selected snippet with its text.
 ///
-///     ┌───────────────────────────────────────────────┐
+///                            ▲
+///     ╭──────────────────────┘└───────────────────────╮
 ///     │ 🔍 Search snippets                          ✕ │
 ///     ├──────────────────┬────────────────────────────┤
 ///     │ Title      14:02 │ Title                      │
@@ -34,24 +35,16 @@ struct SnippetImportResult;
 ///     │ First line       │ │ text                   │ │
 ///     ├──────────────────┴────────────────────────────┤
 ///     │ 214 snippets     Add from Clipboard Remove Copy│
-///     └───────────────────────────────────────────────┘
+///     ╰───────────────────────────────────────────────╯
 ///
 /// It is made for the keyboard: whatever has the focus, typing searches, Up and Down move through the list, Return
 /// copies and leaves, Delete removes, Ctrl+V adds from the clipboard, Escape clears the search and then leaves.
-class SnippetsWindow : public QWidget {
+class SnippetsWindow : public LTWindow {
     Q_OBJECT
 
 public:
-    /// What becomes of the window when it is left by Return or Escape.
-    enum class WhenLeft {
-        Hides,
-        Minimises, ///< where nothing could bring a hidden window back
-    };
-
     explicit SnippetsWindow(std::shared_ptr<SnippetsDatabase> database);
     ~SnippetsWindow() override;
-
-    void setWhenLeft(WhenLeft whenLeft) { m_whenLeft = whenLeft; }
 
     [[nodiscard]] SnippetsListModel& model() const { return *m_model; }
 
@@ -81,33 +74,35 @@ public:
     /// Tells what an import did, where it is worth telling: when something was refused.
     void showImportResult(const SnippetImportResult& result);
 
-    /// Keeps size, place and division of the window for the next launch.
-    void saveFrame() const;
+    /// Tells how a backup ended; nothing in `problem` is good.
+    void tellBackup(const QString& problem);
+
+    /// Keeps the division of the window for the next launch.
+    void saveDivision() const;
+
+    /// Orders the window out and says so.
+    void leave();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
     /// The user is done and the window out of the way.
     void left();
-    /// The user has closed the window by its frame.
-    void closed();
 
 protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void closeEvent(QCloseEvent* event) override;
 
 private:
     void makeWidgets();
     void layOutWidgets();
     void connectWidgets();
-    void restoreFrame();
+    void restoreDivision();
     bool handleKeyPress(QObject* receiver, QKeyEvent* event);
     bool handleCommandKey(QObject* receiver, const QKeyEvent& event);
     bool passToList(QKeyEvent* event);
     bool passToSearch(QObject* receiver, QKeyEvent* event);
-    void leave();
     void searchHasChanged();
     void selectionHasChanged();
     void updatePreview();
@@ -117,7 +112,6 @@ private:
     void selectSnippet(const _LTSnippet& snippet);
 
     std::shared_ptr<SnippetsDatabase> m_database;
-    WhenLeft m_whenLeft = WhenLeft::Hides;
     SnippetsListModel* m_model;
 
     MessageBar* m_messageBar = nullptr;

@@ -28,13 +28,17 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationVersion(QStringLiteral(SNIPPETS_VERSION));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Keeps pieces of text within reach, in the tray."));
+    parser.setApplicationDescription(QStringLiteral("Keeps pieces of text within reach, in the status bar."));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption tourOption(
         QStringLiteral("tour"), QStringLiteral("Shows what the program can do, with pictures in <folder>, and ends."),
         QStringLiteral("folder"));
     parser.addOption(tourOption);
+    const QCommandLineOption backgroundOption(
+        QStringLiteral("background"),
+        QStringLiteral("Starts with the window closed, as at the beginning of a session."));
+    parser.addOption(backgroundOption);
     parser.addPositionalArgument(QStringLiteral("files"),
                                  QStringLiteral("Text files, and folders of them, to make snippets of."),
                                  QStringLiteral("[files…]"));
@@ -50,6 +54,9 @@ int main(int argc, char** argv) {
     }
     if (!parser.positionalArguments().isEmpty()) {
         application.importPaths(parser.positionalArguments());
+    }
+    if (!parser.isSet(backgroundOption)) {
+        QTimer::singleShot(0, &application, [&] { application.showMainWindow(); });
     }
     if (parser.isSet(tourOption)) {
         QTimer::singleShot(0, &application, [&] {

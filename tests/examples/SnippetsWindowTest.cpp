@@ -5,21 +5,29 @@
 #include <SnippetPasteboard.h>
 #include <SnippetsListModel.h>
 #include <SnippetsListView.h>
+#include <SnippetsSyncManager.h>
 #include <SnippetsWindow.h>
 
+#include <VXKit/app/LTStatusItemView.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
+#include <VXKit/platform/appkit/NSStatusItem.h>
 #include <VXKit/platform/foundation/NSTimer.h>
 #include <VXKit/support/NSPasteboard+VXKitAdditions.h>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QSplitter>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWindow>
+
+#include <gmock/gmock.h>
 
 namespace {
 
@@ -35,8 +43,7 @@ protected:
     }
 
     void show() {
-        window->show();
-        window->activateWindow();
+        window->makeKeyAndOrderFront(nullptr);
         ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
     }
 
@@ -155,13 +162,6 @@ TEST_F(SnippetsWindowTest, EscapeClearsTheSearchFirstThenHides) {
     EXPECT_EQ(selectedTitle(), "Middle");
     press(Qt::Key_Escape);
     EXPECT_FALSE(window->isVisible());
-}
-
-TEST_F(SnippetsWindowTest, EscapeMinimisesAWindowThatCouldNotBeBroughtBack) {
-    window->setWhenLeft(SnippetsWindow::WhenLeft::Minimises);
-    press(Qt::Key_Escape);
-    EXPECT_TRUE(window->isMinimized());
-    EXPECT_FALSE(window->isHidden());
 }
 
 TEST_F(SnippetsWindowTest, DeleteRemovesAndUndoPutsTheSameRecordBack) {
@@ -306,13 +306,6 @@ TEST_F(SnippetsWindowTest, TellsWhatWasNotImportedAndTheDetails) {
     EXPECT_TRUE(bar->findChild<QPlainTextEdit*>()->isVisible());
 }
 
-TEST_F(SnippetsWindowTest, KeepsItsFrameForTheNextLaunch) {
-    window->resize(700, 444);
-    press(Qt::Key_Escape);
-    window = std::make_unique<SnippetsWindow>(database);
-    EXPECT_EQ(window->size(), QSize(700, 444));
-}
-
 TEST_F(SnippetsWindowTest, EveryPlaceForTheKeyboardHasAnAccessibleName) {
     for (const QWidget* widget : window->findChildren<QWidget*>()) {
         if (widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus) && widget->focusProxy() == nullptr &&
@@ -331,26 +324,88 @@ protected:
     }
 };
 
-TEST_F(SnippetsApplicationTest, ShowsTheWindowAtOnceWhereThereIsNoTray) {
-    EXPECT_TRUE(application.window().isVisible());
+TEST_F(SnippetsWindowTest, KeepsItsDivisionForTheNextLaunch) {
+    auto* splitter = window->findChild<QSplitter*>();
+    splitter->setSizes({240, splitter->width() - 240});
+    const QList<int> sizes = splitter->sizes();
+    press(Qt::Key_Escape);
+    window = std::make_unique<SnippetsWindow>(database);
+    window->makeKeyAndOrderFront(nullptr);
+    EXPECT_EQ(window->findChild<QSplitter*>()->sizes(), sizes);
 }
 
-TEST_F(SnippetsApplicationTest, ClosingTheOnlyWindowEndsTheProgramWhereThereIsNoTray) {
-    int terminations = 0;
-    const NSNotificationObservation observation = NSNotificationCenter::defaultCenter().addObserverForName(
-        NSApplicationWillTerminateNotification, nullptr, [&](const NSNotification&) { ++terminations; });
-    application.window().close();
-    EXPECT_EQ(terminations, 1);
+TEST_F(SnippetsApplicationTest, HasItsViewInItsStatusItem) {
+    ASSERT_TRUE(application.statusItem());
+    auto* view = dynamic_cast<LTStatusItemView*>(application.statusItem()->view());
+    ASSERT_TRUE(view);
+    EXPECT_FALSE(NSIsEmptyRect(view->frameOfStatusItem()));
+}
+
+TEST_F(SnippetsApplicationTest, HangsItsWindowUnderItsStatusItem) {
+    application.showMainWindow();
+    const auto* view = dynamic_cast<LTStatusItemView*>(application.statusItem()->view());
+    EXPECT_EQ(NSMaxY(application.window().NSWindow::frame()), NSMinY(view->frameOfStatusItem()));
+}
+
+TEST_F(SnippetsApplicationTest, BacksItsSnippetsUpWhileItsSymbolPulses) {
+    std::vector<std::string> posts;
+    std::vector<bool> inProgress;
+    const auto observation =
+        NSNotificationCenter::defaultCenter().addObserverForName("", nullptr, [&](const NSNotification& notification) {
+            if (notification.name.starts_with("LTSyncManager")) {
+                posts.emplace_back(notification.name);
+                inProgress.push_back(application.syncManagerClass()->isSyncInProgress());
+            }
+        });
+    const NSTimer::IntervalsForTesting fast([](double) { return 0.001; });
+    add(7.0, "Backed up");
+    QSignalSpy ended(&application.syncManager(), &SnippetsSyncManager::ended);
+    application.syncManager().sync();
+    application.syncManager().sync(); // one at a time
+    ASSERT_TRUE(QTest::qWaitFor([&] { return ended.count() == 1; }));
+    EXPECT_EQ(ended.first().first().toString(), QString());
+    EXPECT_THAT(posts, testing::ElementsAre(LTSyncManagerHasBegunSyncing, LTSyncManagerHasEndedSyncing));
+    EXPECT_THAT(inProgress, testing::ElementsAre(true, false));
+
+    const std::optional<NSDictionary> copy =
+        NSDictionary::dictionaryWithContentsOfFile(SnippetsSyncManager::backupPath());
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(copy->objectOfType<NSArray>("contents")->size(), 1U);
+}
+
+TEST_F(SnippetsApplicationTest, SaysWhereABackupCannotBeWritten) {
+    const NSTimer::IntervalsForTesting fast([](double) { return 0.001; });
+    const QString folder = QFileInfo(SnippetsSyncManager::backupPath()).path();
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(folder).path()));
+    QFile inTheWay(folder);
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    QSignalSpy ended(&application.syncManager(), &SnippetsSyncManager::ended);
+    testing::internal::CaptureStderr();
+    application.syncManager().sync();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return ended.count() == 1; }));
+    EXPECT_TRUE(ended.first().first().toString().startsWith(folder));
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Snippets"), std::string::npos);
+    EXPECT_FALSE(application.syncManagerClass()->isSyncInProgress());
+}
+
+TEST_F(SnippetsApplicationTest, DoesNotBackUpWhileSyncingIsOff) {
+    application.syncManagerClass()->disableSyncing();
+    application.syncManager().sync();
+    EXPECT_FALSE(application.syncManagerClass()->isSyncInProgress());
+    application.syncManagerClass()->enableSyncing();
+    application.syncManager().sync();
+    EXPECT_TRUE(application.syncManagerClass()->isSyncInProgress());
 }
 
 TEST_F(SnippetsApplicationTest, TogglesAndClosesItsWindowAsTheKitAsks) {
     LTApplicationController* controller = VXApplicationHooks().applicationController();
     ASSERT_TRUE(controller);
     controller->toggleMainWindow();
-    EXPECT_FALSE(application.window().isVisible());
-    controller->toggleMainWindow();
     EXPECT_TRUE(application.window().isVisible());
     EXPECT_TRUE(application.isActive());
+    controller->toggleMainWindow();
+    EXPECT_FALSE(application.window().isVisible());
+    controller->toggleMainWindow();
     controller->closeMainWindow();
     controller->closeMainWindow();
     EXPECT_FALSE(application.window().isVisible());
