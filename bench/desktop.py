@@ -1,0 +1,183 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Measures the kit on a desktop beside a plain Qt program that does the same, and prints a table of ratios:
+
+    bench/desktop.py [BUILD-FOLDER]
+
+It starts a desktop session of its own for each kind of host. The programs take turns, so that a busy moment of the
+machine falls on both. Build them first: cmake --preset bench && cmake --build --preset bench.
+"""
+import json
+import os
+import pathlib
+import select
+import statistics
+import subprocess
+import sys
+import time
+
+HERE = pathlib.Path(__file__).resolve().parent
+SESSION = HERE.parent / "scripts" / "desktop-session.sh"
+BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else HERE.parent / "build" / "bench").resolve() / "bench"
+KIT = BUILD / "bench_desktop_vxkit"
+QT = BUILD / "bench_desktop_qt"
+PANEL = BUILD / "bench_status_notifier_panel"
+
+STARTS = 15  # of each program
+PULSE_SECONDS = 20
+IDLE_SECONDS = 20
+SETTLING_SECONDS = 3
+
+
+def start(program, *options):
+    return subprocess.Popen([program, *options], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+
+
+def end(process):
+    process.kill()
+    process.wait()
+    process.stdout.close()
+
+
+def await_line(process, line, seconds=30):
+    deadline = time.monotonic() + seconds
+    told = b""
+    while line not in told:
+        ready, _, _ = select.select([process.stdout], [], [], max(0, deadline - time.monotonic()))
+        if not ready:
+            sys.exit(f"{process.args}: did not say {line!r} in time")
+        piece = os.read(process.stdout.fileno(), 4096)
+        if not piece:
+            sys.exit(f"{process.args}: ended")
+        told += piece
+
+
+def memory_of(pid):
+    """KiB that the process alone has: what would be free without it."""
+    own = 0
+    for entry in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines():
+        if entry.startswith(("Private_Clean:", "Private_Dirty:")):
+            own += int(entry.split()[1])
+    return own
+
+
+def processor_time_of(pid):
+    """Seconds on a processor, of all threads."""
+    return sum(
+        int((thread / "schedstat").read_text().split()[0]) for thread in pathlib.Path(f"/proc/{pid}/task").iterdir()
+    ) / 1e9
+
+
+def wakeups_of(pid):
+    return sum(
+        int(entry.split()[1])
+        for thread in pathlib.Path(f"/proc/{pid}/task").iterdir()
+        for entry in (thread / "status").read_text().splitlines()
+        if entry.startswith("voluntary_ctxt_switches:")
+    )
+
+
+def first_painting(program):
+    begin = time.monotonic()
+    process = start(program)
+    await_line(process, b"painted")
+    seconds = time.monotonic() - begin
+    time.sleep(1)
+    memory = memory_of(process.pid)
+    end(process)
+    return seconds, memory
+
+
+def rate(program, options, count, seconds):
+    process = start(program, *options)
+    time.sleep(SETTLING_SECONDS)
+    before = count(process.pid)
+    time.sleep(seconds)
+    rate = (count(process.pid) - before) / seconds
+    end(process)
+    return rate
+
+
+def in_tray():
+    figures = {KIT: [], QT: []}
+    for program in figures:
+        first_painting(program)  # into the cache of files
+    for _ in range(STARTS):
+        for program, values in figures.items():
+            values.append(first_painting(program))
+    return {
+        "seconds": [statistics.median(seconds for seconds, _ in values) for values in figures.values()],
+        "memory": [statistics.median(memory for _, memory in values) for values in figures.values()],
+        "pulse": [rate(program, ["--closed", "--pulse"], processor_time_of, PULSE_SECONDS) for program in figures],
+        "idle": rate(KIT, [], wakeups_of, IDLE_SECONDS),
+    }
+
+
+def in_panel():
+    panel = start(PANEL)
+    await_line(panel, b"ready")
+    result = {
+        "pulse": [rate(program, ["--closed", "--pulse"], processor_time_of, PULSE_SECONDS) for program in (KIT, QT)],
+        "idle": rate(KIT, [], wakeups_of, IDLE_SECONDS),
+    }
+    end(panel)
+    return result
+
+
+def in_session(what, **environment):
+    command = [SESSION, sys.executable, __file__, str(BUILD.parent), what]
+    output = subprocess.run(command, check=True, stdout=subprocess.PIPE, env={**os.environ, **environment}).stdout
+    return json.loads(output.splitlines()[-1])
+
+
+def row(what, figure, goal, met):
+    print(f"| {what} | {figure} | {goal} | {'yes' if met else 'no'} |")
+
+
+def main():
+    if len(sys.argv) > 2:
+        print(json.dumps({"in_tray": in_tray, "in_panel": in_panel}[sys.argv[2]]()))
+        return
+    tray = in_session("in_tray")
+    panel = in_session("in_panel", DESKTOP_TRAY="no")
+    drawing = json.loads(
+        subprocess.run(
+            [BUILD / "bench_drawing", "--benchmark_format=json", "--benchmark_repetitions=5"],
+            check=True,
+            stdout=subprocess.PIPE,
+        ).stdout
+    )["benchmarks"]
+    median = {entry["run_name"]: entry["real_time"] for entry in drawing if entry.get("aggregate_name") == "median"}
+
+    print("| | measured | goal | met |\n|---|---|---|---|")
+    (own, other) = tray["seconds"]
+    row(
+        "process start to first painted main window, beside Qt",
+        f"{own / other:.2f} ({own * 1000:.0f} ms against {other * 1000:.0f} ms)",
+        "at most 1.15",
+        own / other <= 1.15,
+    )
+    (own, other) = tray["memory"]
+    row(
+        "memory of the process alone, beside Qt",
+        f"{own / other:.2f} ({own / 1024:.1f} MiB against {other / 1024:.1f} MiB)",
+        "at most 1.2",
+        own / other <= 1.2,
+    )
+    for name, result in (("tray", tray), ("panel over D-Bus", panel)):
+        (own, other) = result["pulse"]
+        row(
+            f"processor time of the pulse, {name}, beside Qt's setIcon",
+            f"{own / other:.2f} ({own * 1000:.1f} ms against {other * 1000:.1f} ms a second)",
+            "at most 1",
+            own <= other,
+        )
+        row(f"wake-ups of an idle program, {name}", f"{result['idle']:.2f} a second", "below 1", result["idle"] < 1)
+    for name, what, goal in (
+        ("updateBackgroundOfMainWindow", "background of a 400x500 main window", 0.5),
+        ("shadowOfWindow", "shadow of 732x692", 3),
+    ):
+        row(what, f"{median[name]:.2f} ms", f"at most {goal} ms", median[name] <= goal)
+
+
+main()
