@@ -14,7 +14,6 @@
 #include <array>
 #include <cmath>
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -146,12 +145,12 @@ TEST_F(LTWindowTest, PaintsBodyArrowSeparatorAndOutlineOfAnOpaqueWindow) {
     EXPECT_EQ(qAlpha(pixelAt(*window, 70, 120 - 10)), 0) << "beside the arrow";
     EXPECT_EQ(qAlpha(pixelAt(*window, 0.5, 0.5)), 0) << "outside the corner";
     // A line one point wide on the border of two rows covers half of each, over the body.
-    EXPECT_NEAR(qRed(pixelAt(*window, 50, 120 - 47.5)), (13 + 36) / 2, 2);
-    EXPECT_NEAR(qRed(pixelAt(*window, 50, 120 - 48.5)), (13 + 36) / 2, 2);
+    EXPECT_NEAR(qRed(pixelAt(*window, 50, 120 - 47.5)), (13 + 36) / 2.0, 2);
+    EXPECT_NEAR(qRed(pixelAt(*window, 50, 120 - 48.5)), (13 + 36) / 2.0, 2);
     EXPECT_EQ(told(pixelAt(*window, 50, 120 - 46.5)), told(grey(13)));
     // The outline is two points wide and centred 0.75 inside the body's edge.
     EXPECT_NEAR(qRed(pixelAt(*window, 50, 0.5)), 204, 2);
-    EXPECT_NEAR(qRed(pixelAt(*window, 50, 1.5)), 13 + (204 - 13) * 3 / 4, 3);
+    EXPECT_NEAR(qRed(pixelAt(*window, 50, 1.5)), 13 + (204 - 13) * 0.75, 3);
     EXPECT_EQ(told(pixelAt(*window, 50, 2.5)), told(grey(13)));
     EXPECT_NEAR(qRed(pixelAt(*window, 50, 120 - 14 - 0.5)), 204, 2);
     EXPECT_GT(qAlpha(pixelAt(*window, 50, 120 - 14 + 0.2)), 0) << "half the outline's outer quarter shows above";

@@ -372,7 +372,7 @@ case_corner() {
   picture
   local x y width height
   read -r x y width height <<<"$(told_frame)"
-  expect 'the right edge' "$((screen_width - 24))" "$((x + width))"
+  expect 'the right edge' "$((screen_width - 32))" "$((x + width))"
   expect 'the upper edge' 4 "$y"
   click_item
   order length 50

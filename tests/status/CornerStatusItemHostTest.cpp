@@ -33,7 +33,7 @@ TEST_F(CornerStatusItemHostTest, ShowsTheItemAtTheTopRight) {
     EXPECT_EQ(window.size(), QSize(30, StatusItemHost::standardThickness));
     EXPECT_TRUE(available().contains(window.geometry()));
     // Room for a window below that keeps 20 points away from the edge and has its arrow on the item.
-    EXPECT_EQ(available().right() - host.itemFrame().right() + 1, 24);
+    EXPECT_EQ(available().right() - host.itemFrame().right() + 1, 32);
     EXPECT_LT(host.itemFrame().top() - available().top(), 10);
 }
 

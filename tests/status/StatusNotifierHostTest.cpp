@@ -439,4 +439,6 @@ TEST_F(StatusNotifierHostTest, ExportsSeveralItems) {
     EXPECT_NE(panel.items.at(0), panel.items.at(1));
 }
 
+#if __has_include("StatusNotifierHostTest.moc") // made by the build, which a check of the source alone does without
 #include "StatusNotifierHostTest.moc"
+#endif

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <utility>
 
 namespace {
@@ -102,18 +103,35 @@ QRegion regionOfAlpha(const QImage& look, int least) {
                               ? look
                               : look.scaled((QSizeF(look.size()) / look.devicePixelRatio()).toSize(),
                                             Qt::IgnoreAspectRatio, Qt::FastTransformation);
-    QRegion region;
+    // Bands of rows that are alike, as a region wants them, and a row is one run almost everywhere.
+    std::vector<QRect> rects;
+    std::size_t bandStart = 0;
     for (int y = 0; y < pixels.height(); ++y) {
         const auto* row = reinterpret_cast<const QRgb*>(pixels.constScanLine(y));
         const auto* const end = row + pixels.width();
         const auto isSolid = [least](QRgb pixel) { return qAlpha(pixel) >= least; };
-        // Row by row, and a row is one run almost everywhere.
+        const std::size_t rowStart = rects.size();
         for (const auto* from = std::find_if(row, end, isSolid); from != end;) {
             const auto* const to = std::find_if_not(from, end, isSolid);
-            region += QRect(static_cast<int>(from - row), y, static_cast<int>(to - from), 1);
+            rects.emplace_back(static_cast<int>(from - row), y, static_cast<int>(to - from), 1);
             from = std::find_if(to, end, isSolid);
         }
+        const auto band = std::span(rects).subspan(bandStart, rowStart - bandStart);
+        const auto added = std::span(rects).subspan(rowStart);
+        const bool isAlike = !band.empty() && band.front().bottom() == y - 1 &&
+                             std::equal(band.begin(), band.end(), added.begin(), added.end(),
+                                        [](const QRect& above, const QRect& below) {
+                                            return above.left() == below.left() && above.right() == below.right();
+                                        });
+        if (isAlike) {
+            std::for_each(band.begin(), band.end(), [y](QRect& rect) { rect.setBottom(y); });
+            rects.resize(rowStart);
+        } else {
+            bandStart = rowStart;
+        }
     }
+    QRegion region;
+    region.setRects(rects.data(), static_cast<int>(rects.size()));
     return region;
 }
 

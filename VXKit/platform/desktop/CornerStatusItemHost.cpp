@@ -15,7 +15,7 @@
 namespace {
 
 constexpr int margin = 4;       // points to the screen's upper edge and between two items
-constexpr int rightMargin = 24; // points, so that a window that keeps away from the edge can point at the item
+constexpr int rightMargin = 32; // points, so that a window that keeps away from the edge can point at the item
 constexpr double cornerRadius = 5;
 constexpr double bodyWhite = 0.05;
 constexpr double bodyAlpha = 0.85;

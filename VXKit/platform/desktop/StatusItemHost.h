@@ -10,10 +10,10 @@
 #include <QPointer>
 #include <QRectF>
 #include <QString>
+#include <QWidget>
 
 class QPainter;
 class QRegion;
-class QWidget;
 
 /// One way in which a desktop shows a status item: in a tray, over the session bus, in a window of its own.
 ///

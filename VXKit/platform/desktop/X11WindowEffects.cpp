@@ -204,7 +204,8 @@ void X11WindowEffects::setShadow(QWidget& window, const std::optional<WindowShad
 
 void X11WindowEffects::setShadowShape(QWidget& window, const QImage& coverage) {
     Window& state = stateOf(window);
-    state.shadowShape = coverage;
+    // A quarter of the memory, and all that counts.
+    state.shadowShape = coverage.convertToFormat(QImage::Format_Alpha8);
     updateShadowLater(state);
 }
 
