@@ -91,11 +91,7 @@ TEST_F(PlatformApplication, AnnouncesActivationBeforeAndAfterTheChange) {
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     EXPECT_THAT(posts,
                 ElementsAre(NSApplicationWillBecomeActiveNotification, NSApplicationDidBecomeActiveNotification));
-    // What Qt tells when another program takes the keyboard, which the offscreen platform has none of.
-    Q_EMIT application.applicationStateChanged(Qt::ApplicationActive);
-    Q_EMIT application.applicationStateChanged(Qt::ApplicationInactive);
-    QApplication::setActiveWindow(nullptr);
-    Q_EMIT application.focusWindowChanged(nullptr);
+    application.deactivate();
     EXPECT_THAT(posts,
                 ElementsAre(NSApplicationWillBecomeActiveNotification, NSApplicationDidBecomeActiveNotification,
                             NSApplicationWillResignActiveNotification, NSApplicationDidResignActiveNotification));
@@ -106,28 +102,25 @@ TEST_F(PlatformApplication, HasChangedItsWindowsBeforeItAnnouncesThatItChanged) 
     std::vector<std::string> all;
     const auto recorder = NSNotificationCenter::defaultCenter().addObserverForName(
         "", nullptr, [&](const NSNotification& notification) { all.emplace_back(notification.name); });
-    NSWindow window(NSMakeRect(0, 0, 100, 80), NSTitledWindowMask, NSBackingStoreBuffered, false);
+    NSWindow window(NSMakeRect(50, 50, 100, 80), NSTitledWindowMask, NSBackingStoreBuffered, false);
     window.makeKeyAndOrderFront(nullptr);
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     EXPECT_THAT(all, ElementsAre(NSApplicationWillBecomeActiveNotification, NSWindowDidBecomeKeyNotification,
                                  NSWindowDidBecomeMainNotification, NSApplicationDidBecomeActiveNotification));
 }
 
-TEST_F(PlatformApplication, AnnouncesAChangeThatConcernsNoWindowToo) {
-    Q_EMIT application.applicationStateChanged(Qt::ApplicationActive);
-    EXPECT_THAT(posts, ElementsAre(NSApplicationWillBecomeActiveNotification));
+TEST_F(PlatformApplication, BecomesActiveAgainAfterItResignedByItself) {
+    NSWindow window(NSMakeRect(50, 50, 100, 80), NSTitledWindowMask, NSBackingStoreBuffered, false);
+    window.makeKeyAndOrderFront(nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    application.deactivate();
+    application.deactivate();
+    posts.clear();
+    application.activateIgnoringOtherApps(true);
+    EXPECT_TRUE(application.isActive());
     QCoreApplication::processEvents();
     EXPECT_THAT(posts,
                 ElementsAre(NSApplicationWillBecomeActiveNotification, NSApplicationDidBecomeActiveNotification));
-}
-
-TEST_F(PlatformApplication, AnnouncesTheEndOfAChangeBeforeTheNextBegins) {
-    Q_EMIT application.applicationStateChanged(Qt::ApplicationActive);
-    Q_EMIT application.applicationStateChanged(Qt::ApplicationInactive);
-    QCoreApplication::processEvents();
-    EXPECT_THAT(posts,
-                ElementsAre(NSApplicationWillBecomeActiveNotification, NSApplicationDidBecomeActiveNotification,
-                            NSApplicationWillResignActiveNotification, NSApplicationDidResignActiveNotification));
 }
 
 TEST(PlatformApplicationObject, IsNullWithoutOne) {

@@ -5,6 +5,9 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <array>
+#include <utility>
+
 #include <gmock/gmock.h>
 
 using testing::Contains;
@@ -318,9 +321,25 @@ void setOrUnset(const char* name, const char* value) {
     }
 }
 
+/// The variables of the session are as they were when it ends.
+class WaylandSession : public testing::Test {
+protected:
+    ~WaylandSession() override {
+        for (const auto& [name, value] : m_before) {
+            setOrUnset(name, value.isNull() ? nullptr : value.constData());
+        }
+    }
+
+private:
+    static std::pair<const char*, QByteArray> asItIs(const char* name) { return {name, qgetenv(name)}; }
+
+    std::array<std::pair<const char*, QByteArray>, 4> m_before{asItIs("WAYLAND_DISPLAY"), asItIs("XDG_SESSION_TYPE"),
+                                                               asItIs("DISPLAY"), asItIs("QT_QPA_PLATFORM")};
+};
+
 } // namespace
 
-TEST(WaylandSession, IsMetThroughX11WhereThereIsAnXServerAndNobodyChose) {
+TEST_F(WaylandSession, IsMetThroughX11WhereThereIsAnXServerAndNobodyChose) {
     for (const Session& session : {
              Session{"wayland-0", nullptr, ":0", nullptr, "xcb"},
              Session{nullptr, "wayland", ":0", nullptr, "xcb"},

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "AppKitHost.h"
 
+#include <QProcess>
+
 #include <gmock/gmock.h>
 
 using testing::ElementsAre;
@@ -11,20 +13,37 @@ namespace {
 /// Who has the keyboard, and in which order one hears of it.
 class KeyWindows : public AppKitHost {
 protected:
-    /// Another program gets the keyboard: what Qt does then, in its order, which the offscreen platform never does.
-    void leave() {
-        Q_EMIT application.applicationStateChanged(Qt::ApplicationInactive);
-        QApplication::setActiveWindow(nullptr);
-        Q_EMIT application.focusWindowChanged(nullptr);
+    static bool isOffscreen() { return QGuiApplication::platformName() == u"offscreen"; }
+
+    ~KeyWindows() override {
+        m_otherProgram.closeWriteChannel();
+        m_otherProgram.waitForFinished();
     }
-    void comeBack(NSWindow& activated) {
-        Q_EMIT application.applicationStateChanged(Qt::ApplicationActive);
-        QApplication::setActiveWindow(&activated);
-        Q_EMIT application.focusWindowChanged(activated.windowHandle());
+
+    /// Another program gets the keyboard. The offscreen platform has none: what the windows hear is all there is.
+    void leave() {
+        if (isOffscreen()) {
+            QApplication::setActiveWindow(nullptr);
+            return;
+        }
+        m_otherProgram.start(QStringLiteral(X11_CLIENT), {QStringLiteral("400"), QStringLiteral("300"),
+                                                          QStringLiteral("100"), QStringLiteral("80")});
+        EXPECT_TRUE(QTest::qWaitFor([] { return NSWindow::keyWindow() == nullptr; }));
+    }
+    static void comeBack(NSWindow& activated) {
+        if (isOffscreen()) {
+            QApplication::setActiveWindow(&activated);
+            return;
+        }
+        activated.makeKeyWindow();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return activated.isKeyWindow(); }));
     }
 
     HostWindow window{NSMakeRect(0, 0, 100, 80)};
     HostWindow other{NSMakeRect(0, 0, 100, 80)};
+
+private:
+    QProcess m_otherProgram;
 };
 
 } // namespace
@@ -41,14 +60,25 @@ TEST_F(KeyWindows, AreToldOfBetweenTheTwoTurnsOfTheApplication) {
     EXPECT_TRUE(application.isActive());
 }
 
+TEST_F(KeyWindows, ResignWhenSomebodyElseGetsTheKeyboard) {
+    show(window);
+    const Posts posts(&window);
+    leave();
+    EXPECT_THAT(posts.names, ElementsAre(NSWindowDidResignKeyNotification, NSWindowDidResignMainNotification));
+    EXPECT_EQ(NSWindow::keyWindow(), nullptr);
+    EXPECT_EQ(NSWindow::mainWindow(), nullptr);
+}
+
 TEST_F(KeyWindows, ResignBetweenTheTwoTurnsOfTheApplication) {
+    if (isOffscreen()) {
+        GTEST_SKIP() << "nobody else can take the keyboard here";
+    }
     show(window);
     const Posts posts;
     leave();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return posts.names.size() >= 4; }));
     EXPECT_THAT(posts.names, ElementsAre(NSApplicationWillResignActiveNotification, NSWindowDidResignKeyNotification,
                                          NSWindowDidResignMainNotification, NSApplicationDidResignActiveNotification));
-    EXPECT_EQ(NSWindow::keyWindow(), nullptr);
-    EXPECT_EQ(NSWindow::mainWindow(), nullptr);
     EXPECT_FALSE(application.isActive());
     settle();
     EXPECT_EQ(posts.names.size(), 4U);

@@ -46,6 +46,12 @@ TEST_F(NSWindowTest, HasABorderAroundItsContentOnceTheWindowManagerMadeOne) {
     EXPECT_EQ(window.frame(), NSMakeRect(10 - border.left(), 20 - border.bottom(), 200 + border.left() + border.right(),
                                          100 + border.top() + border.bottom()));
     EXPECT_EQ(window.contentRectForFrameRect(window.frame()), content);
+    {
+        const Posts posts(&window);
+        window.windowHandle()->setPosition(window.geometry().topLeft() + QPoint(5, 0));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return NSMinX(window.frame()) == 15 - border.left(); }));
+        EXPECT_THAT(posts.names, ElementsAre(NSWindowDidMoveNotification)) << "the border has not just come";
+    }
     window.setFrame(NSMakeRect(50, 60, 150, 120), true);
     EXPECT_EQ(window.frame(), NSMakeRect(50, 60, 150, 120));
     EXPECT_EQ(window.content().frame().size, window.contentRectForFrameRect(NSMakeRect(50, 60, 150, 120)).size);

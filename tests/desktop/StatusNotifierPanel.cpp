@@ -90,6 +90,9 @@ struct Item {
     int announcements = 0;
 };
 
+} // namespace
+
+// Outside of it, since the rest of what Qt's meta object system makes of the class comes from another file.
 class Panel final : public QWidget {
     Q_OBJECT
 
@@ -211,6 +214,8 @@ private:
     std::vector<Item> m_items;
     std::map<QString, QString> m_owners;
 };
+
+namespace {
 
 /// Knows of all items; here it is also the panel's own window on them.
 class Watcher final : public QDBusVirtualObject {

@@ -65,6 +65,9 @@ private:
     QByteArray m_address;
 };
 
+} // namespace
+
+// Outside of it, since the rest of what Qt's meta object system makes of the class comes from another file.
 /// Both a watcher of items and a panel that shows them, on a connection of its own.
 class FakePanel final : public QDBusVirtualObject {
     Q_OBJECT
@@ -138,6 +141,8 @@ private:
     QDBusConnection m_bus;
     bool m_isThere;
 };
+
+namespace {
 
 /// One colour all over, and how often it was painted.
 class ColourView final : public QWidget {

@@ -130,7 +130,7 @@ NSApplication::NSApplication(int& argc, char** argv)
     setQuitOnLastWindowClosed(false);
     m_keyboardCheck.setSingleShot(true);
     m_keyboardCheck.setInterval(keyboardCheckInterval);
-    connect(&m_keyboardCheck, &QTimer::timeout, this, &NSApplication::platformStateHasChanged);
+    connect(&m_keyboardCheck, &QTimer::timeout, this, [this] { platformStateHasChanged(applicationState()); });
     connect(this, &QGuiApplication::applicationStateChanged, this, &NSApplication::platformStateHasChanged);
     connect(this, &QGuiApplication::focusWindowChanged, this, [this](const QWindow* focused) {
         announceActivationChange();
@@ -250,13 +250,13 @@ void NSApplication::terminate(QObject* /*sender*/) {
     QCoreApplication::exit(0);
 }
 
-void NSApplication::platformStateHasChanged() {
+void NSApplication::platformStateHasChanged(Qt::ApplicationState state) {
     // Qt tells that the keyboard has gone some time after it went, and by then it may have been called back.
-    if (applicationState() != Qt::ApplicationActive && WindowEffects::sharedEffects().hasKeyboard()) {
+    if (state != Qt::ApplicationActive && WindowEffects::sharedEffects().hasKeyboard()) {
         m_keyboardCheck.start();
         return;
     }
-    applicationStateHasChanged(applicationState());
+    applicationStateHasChanged(state);
 }
 
 void NSApplication::applicationStateHasChanged(Qt::ApplicationState state) {

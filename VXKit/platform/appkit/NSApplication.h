@@ -92,7 +92,7 @@ private:
 
     struct ModalRun;
 
-    void platformStateHasChanged();
+    void platformStateHasChanged(Qt::ApplicationState state);
     void applicationStateHasChanged(Qt::ApplicationState state);
     void announceActivationChange();
     void handBackFocus(const QWindow* focused);

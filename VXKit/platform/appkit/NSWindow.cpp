@@ -415,7 +415,10 @@ void NSWindow::takeGeometryFromQt() {
         return;
     }
     const QPointer<NSWindow> self(this);
-    const NSRect before = m_frame;
+    // Where the borders have become known since, they were there before the change as well.
+    const NSRect before = borders() == m_placedBorders
+                              ? m_frame
+                              : frameRectForContentRect(NSScreenRectFromGlobal(QRectF(m_placedGeometry)));
     m_frame = frameRectForContentRect(NSScreenRectFromGlobal(QRectF(geometry())));
     m_placedGeometry = geometry();
     m_placedBorders = borders();

@@ -268,16 +268,22 @@ std::shared_ptr<NSImage> NSImage::initByReferencingFile(const QString& path) {
 }
 
 std::shared_ptr<NSImage> NSImage::imageNamed(const QString& name) {
+    // Never destroyed: views that outlive main() may still hold images of it.
+    static auto* const imagesByPath = new std::unordered_map<QString, std::shared_ptr<NSImage>>;
+    // A view asks in every drawing, and the way from a name to a file leads through a dozen names of files.
+    static auto* const imagesByName = new std::unordered_map<QString, std::shared_ptr<NSImage>>;
+    if (const auto known = imagesByName->find(name); known != imagesByName->end()) {
+        return known->second;
+    }
     const QString path = NSBundle::mainBundle().pathForImageResource(name);
     if (path.isNull()) {
         return nullptr;
     }
-    // Never destroyed: views that outlive main() may still hold images of it.
-    static auto* const imagesByPath = new std::unordered_map<QString, std::shared_ptr<NSImage>>;
     std::shared_ptr<NSImage>& image = (*imagesByPath)[path];
     if (!image) {
         image = initByReferencingFile(path);
     }
+    imagesByName->emplace(name, image);
     return image;
 }
 
