@@ -124,7 +124,8 @@ if [[ ${DESKTOP_COMPOSITOR:-yes} != no ]]; then
   await picom has_owner _NET_WM_CM_S0
 fi
 if [[ ${DESKTOP_TRAY:-yes} != no ]]; then
-  start trayer trayer --edge top --align "${DESKTOP_TRAY_ALIGN:-right}" --margin "${DESKTOP_TRAY_MARGIN:-40}" --widthtype request --height 24
+  # Away from the edge, as on a desktop with a clock there: a window under an item has room for its arrow.
+  start trayer trayer --edge top --align right --margin 40 --widthtype request --height 24
   await trayer has_owner _NET_SYSTEM_TRAY_S0
 fi
 

@@ -157,6 +157,13 @@ public:
     NSRect lastDirtyRect;
 };
 
+/// A base to stand before AppKitHost, for a screen with two pixels a point.
+class TwoPixelsAPoint {
+protected:
+    TwoPixelsAPoint() { qputenv("QT_SCALE_FACTOR", "2"); }
+    ~TwoPixelsAPoint() { qunsetenv("QT_SCALE_FACTOR"); }
+};
+
 /// An application object of the kit's.
 class AppKitHost : public testing::Test {
 protected:

@@ -95,6 +95,21 @@ TEST_F(WindowShape, TakesClicksWhereItsPatternIs) {
     EXPECT_TRUE(window->mask().isEmpty()) << "what is seen is not cut";
 }
 
+class WindowShapeAtTwoPixels : public TwoPixelsAPoint, public WindowShape {};
+
+TEST_F(WindowShapeAtTwoPixels, TakesClicksWhereItsPatternIs) {
+    QImage image(200, 160, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(2);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.fillRect(solid, faint);
+    painter.end();
+    window->setBackgroundColor(NSColor::colorWithPatternImage(NSImage::initWithQImage(image)));
+    show(*window);
+    EXPECT_EQ(desktop->inputRegions[window.get()], QRegion(solid)) << "in points";
+    EXPECT_EQ(desktop->shadowShapes[window.get()].size(), QSize(200, 160));
+}
+
 TEST_F(WindowShape, FollowsItsPattern) {
     window->setBackgroundColor(look(QSize(100, 80), solid, faint));
     show(*window);
