@@ -157,6 +157,11 @@ bool X11Connection::isOwn(xcb_window_t window) const {
     return window != XCB_NONE && (window & ~setup->resource_id_mask) == setup->resource_id_base;
 }
 
+bool X11Connection::hasKeyboard() const {
+    const auto focus = reply(xcb_get_input_focus_reply, xcb_get_input_focus(m_connection));
+    return focus && isOwn(focus->focus);
+}
+
 xcb_window_t X11Connection::frameOf(xcb_window_t window) const {
     while (window != XCB_NONE) {
         const auto tree = reply(xcb_query_tree_reply, xcb_query_tree(m_connection, window));

@@ -100,6 +100,10 @@ public:
     /// Whether `window` was made by this application, a Qt window or not.
     [[nodiscard]] bool isOwn(xcb_window_t window) const;
 
+    /// Whether a window of this application has the keyboard, by the server's own word: a window that bypasses the
+    /// window manager takes it without the manager's knowledge, and Qt tells late that it has gone.
+    [[nodiscard]] bool hasKeyboard() const;
+
     /// The window that stands for `window` among the children of the root window: the window manager's frame around it,
     /// or `window` itself where it has none. XCB_NONE for a window that is gone.
     [[nodiscard]] xcb_window_t frameOf(xcb_window_t window) const;

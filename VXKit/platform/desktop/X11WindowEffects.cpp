@@ -274,13 +274,9 @@ void X11WindowEffects::takeKeyboard(QWidget& window) {
 
 bool X11WindowEffects::hasKeyboard() const {
     const X11Connection* x11 = X11Connection::shared();
-    if (!x11) {
-        return false;
-    }
     const bool isOwed =
         std::any_of(m_windows.begin(), m_windows.end(), [](const auto& entry) { return entry.second->isOwedKeyboard; });
-    const auto focus = x11->reply(xcb_get_input_focus_reply, xcb_get_input_focus(x11->connection()));
-    return isOwed || (focus && x11->isOwn(focus->focus));
+    return x11 && (isOwed || x11->hasKeyboard());
 }
 
 void X11WindowEffects::moveToPixel(QWidget& window, const QPointF& topLeft) {

@@ -90,13 +90,6 @@ NSDictionary describe(std::uint32_t process) {
     return description;
 }
 
-/// Whether a window of this application has the keyboard, by the server's own word: a window that bypasses the window
-/// manager takes it without the manager's knowledge.
-bool hasKeyboard(const X11Connection& x11) {
-    const auto focus = x11.reply(xcb_get_input_focus_reply, xcb_get_input_focus(x11.connection()));
-    return focus && x11.isOwn(focus->focus);
-}
-
 bool isHidden(const X11Connection& x11, xcb_window_t window) {
     const std::vector<std::uint32_t> states = x11.wordsOfProperty(window, "_NET_WM_STATE", XCB_ATOM_ATOM);
     return std::find(states.begin(), states.end(), x11.atom("_NET_WM_STATE_HIDDEN")) != states.end();
@@ -151,7 +144,7 @@ std::optional<NSDictionary> X11Workspace::activeApplication() const {
     if (!x11) {
         return std::nullopt;
     }
-    if (hasKeyboard(*x11)) {
+    if (x11->hasKeyboard()) {
         return describe(static_cast<std::uint32_t>(getpid()));
     }
     const auto window = x11->wordOfProperty(x11->root(), "_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW);
