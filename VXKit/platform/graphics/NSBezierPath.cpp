@@ -194,51 +194,40 @@ NSBezierPathElement NSBezierPath::elementAtIndex(int index, std::array<NSPoint, 
 }
 
 QPainterPath NSBezierPath::qtPath() const {
-    QPainterPath path;
-    path.setFillRule(Qt::WindingFill);
-    for (const Element& element : m_elements) {
-        const QPointF first = NSPointToQPointF(element.points[0]);
-        switch (element.type) {
-        case NSMoveToBezierPathElement:
-            path.moveTo(first);
-            break;
-        case NSLineToBezierPathElement:
-            path.lineTo(first);
-            break;
-        case NSCurveToBezierPathElement:
-            path.cubicTo(first, NSPointToQPointF(element.points[1]), NSPointToQPointF(element.points[2]));
-            break;
-        case NSClosePathBezierPathElement:
-            path.closeSubpath();
-            break;
-        }
-    }
-    return path;
+    return qtPathWithCurves([](QPainterPath& path, const std::array<NSPoint, 3>& points) {
+        path.cubicTo(NSPointToQPointF(points[0]), NSPointToQPointF(points[1]), NSPointToQPointF(points[2]));
+    });
 }
 
 QPainterPath NSBezierPath::qtPathOfLines(double pixelRatio) const {
+    return qtPathWithCurves([pixelRatio](QPainterPath& path, const std::array<NSPoint, 3>& points) {
+        const QPointF start = path.currentPosition();
+        const QPointF first = NSPointToQPointF(points[0]);
+        const QPointF second = NSPointToQPointF(points[1]);
+        const QPointF end = NSPointToQPointF(points[2]);
+        const int count = lineCount(start, first, second, end, pixelRatio);
+        for (int line = 1; line < count; ++line) {
+            path.lineTo(pointOfCurve(start, first, second, end, static_cast<double>(line) / count));
+        }
+        path.lineTo(end);
+    });
+}
+
+QPainterPath NSBezierPath::qtPathWithCurves(const AddCurve& addCurve) const {
     QPainterPath path;
     path.setFillRule(Qt::WindingFill);
     for (const Element& element : m_elements) {
-        const QPointF first = NSPointToQPointF(element.points[0]);
+        const QPointF point = NSPointToQPointF(element.points[0]);
         switch (element.type) {
         case NSMoveToBezierPathElement:
-            path.moveTo(first);
+            path.moveTo(point);
             break;
         case NSLineToBezierPathElement:
-            path.lineTo(first);
+            path.lineTo(point);
             break;
-        case NSCurveToBezierPathElement: {
-            const QPointF start = path.currentPosition();
-            const QPointF second = NSPointToQPointF(element.points[1]);
-            const QPointF end = NSPointToQPointF(element.points[2]);
-            const int count = lineCount(start, first, second, end, pixelRatio);
-            for (int line = 1; line < count; ++line) {
-                path.lineTo(pointOfCurve(start, first, second, end, static_cast<double>(line) / count));
-            }
-            path.lineTo(end);
+        case NSCurveToBezierPathElement:
+            addCurve(path, element.points);
             break;
-        }
         case NSClosePathBezierPathElement:
             path.closeSubpath();
             break;

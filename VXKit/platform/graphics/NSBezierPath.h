@@ -5,6 +5,7 @@
 #include <VXKit/platform/foundation/NSGeometry.h>
 
 #include <array>
+#include <functional>
 #include <vector>
 
 class QPainterPath;
@@ -96,7 +97,10 @@ private:
         std::array<NSPoint, 3> points;
     };
 
+    using AddCurve = std::function<void(QPainterPath& path, const std::array<NSPoint, 3>& points)>;
+
     bool hasCurrentPoint(const char* operation) const;
+    QPainterPath qtPathWithCurves(const AddCurve& addCurve) const;
 
     std::vector<Element> m_elements;
     NSPoint m_subpathStart;
