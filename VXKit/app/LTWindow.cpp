@@ -38,7 +38,8 @@ std::optional<NSRect> statusItemFrame() {
     return view ? std::optional(view->frameOfStatusItem()) : std::nullopt;
 }
 
-bool isOpaque() {
+/// Whether the host's hook asks for an opaque main window; the look follows it, the body need not.
+bool looksOpaque() {
     return VXApplicationHooks().mainWindowOpacity() == 1.0F;
 }
 
@@ -73,7 +74,7 @@ void drawBody(const NSSize& size, float arrowCentre) {
 
 void drawSeparator(const NSSize& size) {
     const double y = size.height - separatorDepth;
-    if (isOpaque()) {
+    if (looksOpaque()) {
         setWhite(0.14, 1.0);
         NSBezierPath line;
         line.moveToPoint({0, y});
@@ -89,7 +90,7 @@ void drawSeparator(const NSSize& size) {
 }
 
 void setOutlineColor() {
-    if (isOpaque()) {
+    if (looksOpaque()) {
         setWhite(0.8, 1.0);
     } else {
         setWhite(VXApplicationIsActive() ? 0.2 : 0.4, 1.0);
@@ -203,7 +204,7 @@ void LTWindow::updateBackground() {
     setOutlineColor();
     const NSRect body = NSMakeRect(0, 0, size.width, size.height - arrowHeight);
     NSBezierPath outline = bezierPathWithRoundRectAndTriangle(NSInsetRect(body, outlineInset, outlineInset));
-    outline.setLineWidth(::isOpaque() ? opaqueOutlineWidth : translucentOutlineWidth);
+    outline.setLineWidth(looksOpaque() ? opaqueOutlineWidth : translucentOutlineWidth);
     outline.stroke();
     image->unlockFocus();
     setBackgroundColor(NSColor::colorWithPatternImage(image));
