@@ -368,6 +368,45 @@ TEST_F(LTWindowTest, SetsUpItsShadowWhenItIsShownWithTheKeyboard) {
     WindowEffects::setSharedEffects(nullptr);
 }
 
+namespace {
+
+/// A main window with the keyboard, and the application's turns written down.
+class PressElsewhere : public LTWindowTest {
+protected:
+    void SetUp() override {
+        placeItem(itemRect);
+        window = makeWindow();
+        window->makeKeyAndOrderFront(nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        QCoreApplication::processEvents();
+        turns.clear();
+    }
+
+    std::unique_ptr<LTWindow> window;
+    std::vector<std::string> turns;
+    NSNotificationObservation observation = NSNotificationCenter::defaultCenter().addObserverForName(
+        "", &application, [this](const NSNotification& notification) { turns.emplace_back(notification.name); });
+};
+
+} // namespace
+
+TEST_F(PressElsewhere, DeactivatesAtOnceAnApplicationThatClosesItsWindow) {
+    Q_EMIT WindowEffects::sharedEffects().pressedElsewhere();
+    EXPECT_THAT(turns,
+                ElementsAre(NSApplicationWillResignActiveNotification, NSApplicationDidResignActiveNotification));
+    // The keyboard is still here, so that activating is a turn again.
+    turns.clear();
+    application.activateIgnoringOtherApps(true);
+    EXPECT_THAT(turns,
+                ElementsAre(NSApplicationWillBecomeActiveNotification, NSApplicationDidBecomeActiveNotification));
+}
+
+TEST_F(PressElsewhere, LeavesAnApplicationAloneThatKeepsItsWindowOpen) {
+    application.closesOnDeactivate = false;
+    Q_EMIT WindowEffects::sharedEffects().pressedElsewhere();
+    EXPECT_THAT(turns, IsEmpty());
+}
+
 TEST(LTWindowAtTwoPixelsAPoint, PaintsTheSameLookInFourTimesThePixels) {
     qputenv("QT_SCALE_FACTOR", "2");
     ShellApplication application;
