@@ -11,6 +11,7 @@
 #include <QPainter>
 
 #include <cmath>
+#include <optional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -137,6 +138,34 @@ TEST_F(NSStringDrawing, DrawsInItsColour) {
         }
     }
     EXPECT_GT(qRed(red.pixel(inkOf(red).left() + 1, 10)), 200);
+}
+
+TEST_F(NSStringDrawing, UnderlinesOneCharacter) {
+    constexpr NSSize size{60, 20};
+    const QString string = QStringLiteral("HHHH");
+    const auto textWithLine = [&](std::optional<int> character) {
+        return drawn(size, [&] { drawAtPoint(string, {10, 2}, {.underlinedCharacter = character}); });
+    };
+    const QImage plainly = textWithLine(std::nullopt);
+    const QImage underlined = textWithLine(1);
+    const QRect line = [&] {
+        QImage added = underlined;
+        for (int y = 0; y < added.height(); ++y) {
+            for (int x = 0; x < added.width(); ++x) {
+                if (plainly.pixel(x, y) == underlined.pixel(x, y)) {
+                    added.setPixel(x, y, 0);
+                }
+            }
+        }
+        return inkOf(added);
+    }();
+    const double advance = widthOf(QStringLiteral("H"));
+    EXPECT_NEAR(line.left(), 10 + advance, 1);
+    EXPECT_NEAR(line.width(), advance, 2);
+    EXPECT_GT(line.top(), inkOf(plainly).bottom()) << "below the letters";
+    for (const int outside : {-1, 4, 1000}) {
+        EXPECT_EQ(textWithLine(outside), plainly) << outside;
+    }
 }
 
 TEST_F(NSStringDrawing, DrawsInAPatternThatStartsWhereAllPatternsDo) {

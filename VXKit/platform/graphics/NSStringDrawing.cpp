@@ -8,12 +8,14 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPen>
+#include <QTextCharFormat>
 #include <QTextLayout>
 #include <QTextOption>
 #include <QTransform>
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -93,6 +95,7 @@ private:
         option.setTabStopDistance(tabInterval);
         option.setFlags(flags);
         m_layout->setTextOption(option);
+        underline(attributes.underlinedCharacter, text);
         m_layout->beginLayout();
         for (QTextLine line = m_layout->createLine(); line.isValid(); line = m_layout->createLine()) {
             line.setLineWidth(lineWidth);
@@ -100,6 +103,17 @@ private:
             m_width = std::max(m_width, line.naturalTextWidth());
         }
         m_layout->endLayout();
+    }
+
+    void underline(std::optional<int> character, const QString& text) {
+        if (!character || *character < 0 || *character >= text.size()) {
+            return;
+        }
+        QTextLayout::FormatRange range;
+        range.start = *character;
+        range.length = text.at(*character).isHighSurrogate() ? 2 : 1;
+        range.format.setFontUnderline(true);
+        m_layout->setFormats({range});
     }
 
     double indent(const QTextLine& line, double width) const {

@@ -34,6 +34,9 @@ struct NSTextAttributes {
     NSLineBreakMode lineBreakMode = NSLineBreakByWordWrapping;
     /// The shadow of this text; where there is none, that of the context stays in force.
     std::optional<NSShadow> shadow = std::nullopt;
+    /// The place in the string of the one character that is underlined, the mnemonic of a control's title; a place
+    /// outside of the string underlines nothing.
+    std::optional<int> underlinedCharacter = std::nullopt;
 
     friend bool operator==(const NSTextAttributes&, const NSTextAttributes&) = default;
 };
