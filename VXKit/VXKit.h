@@ -20,6 +20,7 @@
 #include <VXKit/platform/appkit/NSStatusItem.h>
 #include <VXKit/platform/appkit/NSView.h>
 #include <VXKit/platform/appkit/NSWindow.h>
+#include <VXKit/platform/desktop/MotionPreference.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
 #include <VXKit/platform/desktop/WindowEffects.h>
 #include <VXKit/platform/desktop/WindowShadow.h>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/appkit/BlockingAnimation.h>
 
+#include <VXKit/platform/desktop/MotionPreference.h>
+
 #include <QEasingCurve>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -27,10 +29,14 @@ QEasingCurve easeInOut() {
 
 } // namespace
 
+bool blockingAnimationsJump() {
+    return durationFactor == 0 || prefersReducedMotion();
+}
+
 void runBlockingAnimation(QObject& target, double seconds, const std::function<void(double)>& step) {
     const QPointer<QObject> guard(&target);
     const double scaled = seconds * durationFactor;
-    if (scaled > 0 && scaled < longest) {
+    if (scaled > 0 && scaled < longest && !blockingAnimationsJump()) {
         const QEasingCurve curve = easeInOut();
         QElapsedTimer clock;
         QEventLoop loop;

@@ -11,8 +11,12 @@ class QObject;
 ///
 /// `step` is called with the eased progress, from above 0 up to 1: slow at both ends (the cubic Bézier curve through
 /// (0.42, 0) and (0.58, 1)). The last call is always with exactly 1, unless `target` dies: then the animation ends at
-/// once and step is not called again. Of a time of 0 or less, or none that makes sense, the last step is all.
+/// once and step is not called again. Of a time of 0 or less, or none that makes sense, the last step is all; so it is
+/// where the person wishes less motion (prefersReducedMotion).
 VXKIT_EXPORT void runBlockingAnimation(QObject& target, double seconds, const std::function<void(double)>& step);
+
+/// Whether every animation jumps to its end at present, so that what is only seen on the way need not be shown at all.
+[[nodiscard]] VXKIT_EXPORT bool blockingAnimationsJump();
 
 /// While it lives, every animation takes `factor` times as long as it would: 0 makes each jump to its end. For tests.
 /// The latest of several counts.
