@@ -13,13 +13,17 @@
 #include <VXKit/hud/NSWindow+NSWindowAdditions.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
 #include <VXKit/platform/appkit/NSApplication.h>
+#include <VXKit/platform/appkit/NSButton.h>
+#include <VXKit/platform/appkit/NSButtonCell.h>
 #include <VXKit/platform/appkit/NSEvent.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/NSStatusBar.h>
 #include <VXKit/platform/appkit/NSStatusItem.h>
+#include <VXKit/platform/appkit/NSTextField.h>
 #include <VXKit/platform/appkit/NSView.h>
 #include <VXKit/platform/appkit/NSWindow.h>
+#include <VXKit/platform/appkit/PlainLineEdit.h>
 #include <VXKit/platform/desktop/MotionPreference.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
 #include <VXKit/platform/desktop/WindowEffects.h>

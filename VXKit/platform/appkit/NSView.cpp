@@ -4,10 +4,12 @@
 #include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
+#include <VXKit/platform/graphics/NSColor.h>
 #include <VXKit/platform/graphics/NSGraphicsContext.h>
 #include <VXKit/platform/graphics/NSImage.h>
 #include <VXKit/platform/graphics/NSShadow.h>
 
+#include <QColor>
 #include <QImage>
 #include <QPainter>
 #include <QPointer>
@@ -65,6 +67,18 @@ double reachOf(const NSShadow& shadow) {
     constexpr double spread = 1.5; // times the blur radius: three standard deviations
     return shadow.shadowBlurRadius() * spread +
            std::max(std::abs(shadow.shadowOffset().width), std::abs(shadow.shadowOffset().height));
+}
+
+/// Makes of what was painted on a black ground, of premultiplied format, so much of `color` as it is light.
+void turnIntoInk(QImage& layer, const QColor& color) {
+    constexpr int full = 255;
+    const QRgb ink = color.rgba();
+    for (int y = 0; y < layer.height(); ++y) {
+        auto* const line = reinterpret_cast<QRgb*>(layer.scanLine(y));
+        std::transform(line, line + layer.width(), line, [ink](QRgb pixel) {
+            return qPremultiply(qRgba(qRed(ink), qGreen(ink), qBlue(ink), qGray(pixel) * qAlpha(ink) / full));
+        });
+    }
 }
 
 /// Asks the views below `widget`, through the plain widgets between.
@@ -177,10 +191,14 @@ void ViewCore::place() {
     }
     const NSRect placed =
         superview ? flippedRect(m_frame, superview->height(), isFlippedSuperview(superview)) : m_frame;
-    m_placedGeometry = NSRoundedEdges(NSRectToQRectF(placed));
+    m_placedGeometry = geometryForFrame(NSRectToQRectF(placed));
     m_self->setGeometry(m_placedGeometry);
     // Less than the widget would let itself be made: what it is now is as near as it comes.
     m_placedGeometry = m_self->geometry();
+}
+
+QRect ViewCore::geometryForFrame(const QRectF& frame) const {
+    return NSRoundedEdges(frame);
 }
 
 NSRect ViewCore::bounds() const {
@@ -336,18 +354,28 @@ void ViewCore::paint(QWidget& surface, const QRegion& dirtyRegion) {
 }
 
 void ViewCore::drawRect(const NSRect& /*dirtyRect*/) {
-    const NSGraphicsContext* context = NSGraphicsContext::currentContext();
     // Nothing to catch: a widget that draws nothing by itself would only cost its layer.
-    if (!context || m_self->metaObject() == &QWidget::staticMetaObject) {
+    if (!NSGraphicsContext::currentContext() || m_self->metaObject() == &QWidget::staticMetaObject) {
         return drawAsWidget(m_dirtyRect);
     }
-    // The class's own painting opens a painter of its own on the widget, which knows nothing of the shadow and opacity
-    // in force here. So it is caught in a layer, with room around for what throws its shadow into the dirty part.
+    drawCaught(Qt::transparent, [](QImage&) {});
+}
+
+void ViewCore::drawAsMask(const NSColor& color) {
+    if (!NSGraphicsContext::currentContext()) {
+        return drawAsWidget(m_dirtyRect);
+    }
+    drawCaught(Qt::black, [ink = color.qtColor()](QImage& layer) { turnIntoInk(layer, ink); });
+}
+
+/// The class's own painting opens a painter of its own on the widget, which knows nothing of the shadow and opacity in
+/// force here. So it is caught in a layer, with room around for what throws its shadow into the dirty part.
+void ViewCore::drawCaught(const QColor& ground, const std::function<void(QImage&)>& finish) {
     QWidget* const surface = [this]() -> QWidget* {
         auto* scrollArea = qobject_cast<QAbstractScrollArea*>(m_self);
         return scrollArea ? scrollArea->viewport() : m_self;
     }();
-    const int reach = static_cast<int>(std::ceil(reachOf(context->shadow())));
+    const int reach = static_cast<int>(std::ceil(reachOf(NSGraphicsContext::currentContext()->shadow())));
     const QRect part = m_dirtyRect.adjusted(-reach, -reach, reach, reach) & surface->rect();
     const double pixelRatio = surface->devicePixelRatioF();
     QImage layer(part.size() * pixelRatio, QImage::Format_ARGB32_Premultiplied);
@@ -355,11 +383,12 @@ void ViewCore::drawRect(const NSRect& /*dirtyRect*/) {
         return;
     }
     layer.setDevicePixelRatio(pixelRatio);
-    layer.fill(Qt::transparent);
+    layer.fill(ground);
     m_capture = &layer;
     m_captureOffset = part.topLeft();
     drawAsWidget(part);
     m_capture = nullptr;
+    finish(layer);
     NSImage::initWithQImage(layer)->drawInRect(rectFromWidget(QRectF(part)), NSZeroRect, NSCompositeSourceOver, 1);
 }
 

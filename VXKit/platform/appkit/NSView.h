@@ -19,11 +19,15 @@
 #include <QWheelEvent>
 #include <QWidget>
 
+#include <functional>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+class NSColor;
 class NSWindow;
+class QColor;
+class QImage;
 
 /// Posted with the view as sender when its frame has changed, by views that were asked to (setPosts…).
 inline constexpr const char* NSViewFrameDidChangeNotification = "NSViewFrameDidChangeNotification";
@@ -145,6 +149,14 @@ protected:
     virtual void drawAsWidget(const QRect& dirtyRect);
     virtual void handleAsWidget(QEvent& event);
 
+    /// Draws what the widget class draws by itself in `color`, with the shadow that is set, as strongly as that is
+    /// light on a black ground. In place of drawRect's own way for classes that invert what lies below, as Qt does for
+    /// the caret, which a layer without a ground does not show.
+    void drawAsMask(const NSColor& color);
+
+    /// Where the widget is placed for a frame in Qt's coordinates of its superview. Here: its edges rounded.
+    [[nodiscard]] virtual QRect geometryForFrame(const QRectF& frame) const;
+
     void paint(QWidget& surface, const QRegion& dirtyRegion);
     void dispatch(QEvent& event);
     void focus(QFocusEvent& event);
@@ -161,6 +173,7 @@ private:
     friend class CaptureViewport;
     class Attachment;
 
+    void drawCaught(const QColor& ground, const std::function<void(QImage&)>& finish);
     void passToWidget(const NSEvent& event);
     void place();
     void placeSubviews();

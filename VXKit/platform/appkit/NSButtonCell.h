@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/foundation/NSGeometry.h>
+#include <VXKit/platform/graphics/NSFont.h>
+#include <VXKit/platform/graphics/NSStringDrawing.h>
+
+#include <QString>
+
+#include <memory>
+
+class NSButton;
+class QObject;
+class ViewCore;
+
+/// Values of a cell's state. A cell of two states, as NSButtonCell is, takes the mixed one for on.
+inline constexpr int NSOffState = 0;
+inline constexpr int NSOnState = 1;
+inline constexpr int NSMixedState = -1;
+
+/// What a button shows, and how it is drawn.
+///
+/// The cell of a button has nothing of its own but its key equivalent and its control size: all else is read from the
+/// button and set in it. One without a button, as a table draws for each of its rows in turn, keeps its own values;
+/// nobody is told when they change. Subclass it to draw otherwise.
+///
+/// Not a QObject: an action is the button's clicked(). Stands for AppKit's class of the same name.
+class VXKIT_EXPORT NSButtonCell {
+public:
+    NSButtonCell();
+    NSButtonCell(const NSButtonCell&) = delete;
+    NSButtonCell& operator=(const NSButtonCell&) = delete;
+    virtual ~NSButtonCell();
+
+    /// The button that the cell belongs to, which owns it; null for a cell without one. AppKit: `-controlView`.
+    [[nodiscard]] NSButton* controlView() const { return m_controlView; }
+
+    /// The title as it was set, the marks of its mnemonic included.
+    [[nodiscard]] QString title() const;
+    void setTitle(const QString& title);
+    /// The title without these marks, with the looks `attributes` and its mnemonic underlined.
+    [[nodiscard]] NSAttributedString attributedDisplayTitle(const NSTextAttributes& attributes) const;
+
+    /// NSOnState or NSOffState; always off for a button that cannot be checked.
+    [[nodiscard]] int state() const;
+    /// Anything but NSOffState is on. Nothing for a button that cannot be checked.
+    void setState(int state);
+    /// The state as a number, 0 or 1. AppKit: `-intValue`.
+    [[nodiscard]] int intValue() const { return state(); }
+    /// Here: setState. AppKit: `-setIntValue:`.
+    virtual void setIntValue(int value);
+
+    /// A cell without a button is enabled at first.
+    [[nodiscard]] bool isEnabled() const;
+    void setEnabled(bool flag);
+
+    /// Whether the cell looks pressed: while the mouse or the space bar is held down on its button, and for a moment
+    /// when the button is clicked by other means.
+    [[nodiscard]] bool isHighlighted() const;
+    void setHighlighted(bool flag);
+
+    /// Regular at first. AppKit: `-controlSize`.
+    [[nodiscard]] NSControlSize controlSize() const { return m_controlSize; }
+    void setControlSize(NSControlSize controlSize) { m_controlSize = controlSize; }
+
+    /// The key that clicks the button wherever the keyboard is in its window: the character it makes. Escape (U+001B)
+    /// and Return (U+000D, the keypad's Enter too) act by themselves, other control characters too, and any other key
+    /// together with Command. Empty, as it is at first: none. AppKit: `-keyEquivalent`.
+    [[nodiscard]] const QString& keyEquivalent() const { return m_keyEquivalent; }
+    void setKeyEquivalent(const QString& keyEquivalent) { m_keyEquivalent = keyEquivalent; }
+
+    /// Clicks the button, see NSButton::performClick. A cell without one goes to its other state. Nothing while it is
+    /// disabled. AppKit: `-performClick:`.
+    void performClick(QObject* sender);
+
+    /// The room that the cell needs, in points. Here: what the desktop's style wants for a button of its own. AppKit:
+    /// `-cellSize`.
+    [[nodiscard]] virtual NSSize cellSize() const;
+
+    /// Draws the cell in `cellFrame` of `controlView`, in the current graphics context. Here: a button in the desktop's
+    /// style. AppKit: `-drawWithFrame:inView:`.
+    virtual void drawWithFrame(const NSRect& cellFrame, ViewCore& controlView);
+
+private:
+    friend class NSButton;
+
+    NSButton* m_controlView = nullptr;
+    NSControlSize m_controlSize = NSRegularControlSize;
+    QString m_keyEquivalent;
+    // Of a cell without a button.
+    QString m_title;
+    int m_state = NSOffState;
+    bool m_isEnabled = true;
+    bool m_isHighlighted = false;
+};
+
+/// A class of cells: what makes one. AppKit: a `Class`.
+using NSCellClass = std::unique_ptr<NSButtonCell> (*)();
+
+/// The class of cells that are `Cell`s.
+template <class Cell>
+[[nodiscard]] NSCellClass NSCellClassOf() {
+    return []() -> std::unique_ptr<NSButtonCell> { return std::make_unique<Cell>(); };
+}
