@@ -7,6 +7,15 @@
 #include <VXKit/app/LTHelpLoader.h>
 #include <VXKit/app/LTStatusItemView.h>
 #include <VXKit/app/LTWindow.h>
+#include <VXKit/controls/LTHUDButton.h>
+#include <VXKit/controls/LTHUDCheckBox.h>
+#include <VXKit/controls/LTHUDCheckBoxCell.h>
+#include <VXKit/controls/LTHUDFlatButton.h>
+#include <VXKit/controls/LTHUDLineEdit.h>
+#include <VXKit/controls/LTHUDRadioButton.h>
+#include <VXKit/controls/LTHUDRadioButtonCell.h>
+#include <VXKit/controls/LTHUDSecureTextField.h>
+#include <VXKit/controls/LTHUDTextField.h>
 #include <VXKit/database/LTDatabase.h>
 #include <VXKit/database/LTSnippetArray.h>
 #include <VXKit/database/_LTSnippet.h>

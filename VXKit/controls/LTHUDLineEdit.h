@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/appkit/PlainLineEdit.h>
+#include <VXKit/platform/foundation/NSGeometry.h>
+
+#include <QPointer>
+#include <QString>
+
+class NSButton;
+
+/// What the text fields of dark panels have in common: the dark well with a light hairline and a soft shadow around a
+/// white text, the grey placeholder, and the keys that they take for themselves. Hosts use LTHUDTextField and
+/// LTHUDSecureTextField.
+///
+/// Return and Enter press the target and nothing else; Tab, whatever is held with it, goes to the next key view.
+/// Nothing of what a field is linked to is owned.
+class VXKIT_EXPORT LTHUDLineEdit : public PlainLineEdit {
+public:
+    /// The button that Return and Enter press; without one, and when it is gone, they do nothing here. A key that is
+    /// held down presses it once.
+    void setTarget(NSButton* target);
+    [[nodiscard]] NSButton* target() const;
+
+    /// The view that gets the keyboard on Tab, and on Shift-Tab too; without one, the window itself gets it. In a plain
+    /// window of Qt's, Tab without a next view goes where Qt takes it. AppKit: the outlet of that name.
+    void setNextKeyView(QWidget* view) { m_nextKeyView = view; }
+    [[nodiscard]] QWidget* nextKeyView() const { return m_nextKeyView; }
+
+    /// What stands in the field while it is empty and does not have the keyboard; nothing where it is null. A screen
+    /// reader is told of it as the description of the field, where that has none of its own.
+    void setPlaceholderString(const QString& placeholder);
+    [[nodiscard]] QString placeholderString() const { return m_placeholder; }
+
+    /// Moved to where the text is laid out, except while the field paints its background.
+    [[nodiscard]] NSRect bounds() const override;
+
+    bool becomeFirstResponder() override;
+    bool resignFirstResponder() override;
+    void keyDown(const NSEvent& event) override;
+    /// Answers Return and Enter while the field has the keyboard and a target, which a default button of the window
+    /// would take otherwise.
+    bool performKeyEquivalent(const NSEvent& event) override;
+    void drawRect(const NSRect& dirtyRect) override;
+
+protected:
+    /// In what the two kinds of field differ.
+    struct Style {
+        double shadowBlurRadius; // points
+        NSPoint boundsShift;
+    };
+
+    LTHUDLineEdit(const Style& style, QWidget* parent);
+
+    bool event(QEvent* event) override;
+
+private:
+    void drawWell() const;
+    void drawPlaceholder() const;
+    void pressTarget(const NSEvent& event);
+    void selectNextKeyView(const NSEvent& event);
+
+    Style m_style;
+    bool m_drawing = false; // its own background
+    QPointer<NSButton> m_target;
+    QPointer<QWidget> m_nextKeyView;
+    QString m_placeholder;
+};
