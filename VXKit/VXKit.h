@@ -25,6 +25,7 @@
 #include <VXKit/platform/appkit/NSButton.h>
 #include <VXKit/platform/appkit/NSButtonCell.h>
 #include <VXKit/platform/appkit/NSEvent.h>
+#include <VXKit/platform/appkit/NSImageView.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/NSStatusBar.h>
@@ -33,6 +34,7 @@
 #include <VXKit/platform/appkit/NSView.h>
 #include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/appkit/PlainLineEdit.h>
+#include <VXKit/platform/appkit/SnapshotWindow.h>
 #include <VXKit/platform/desktop/MotionPreference.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
 #include <VXKit/platform/desktop/WindowEffects.h>

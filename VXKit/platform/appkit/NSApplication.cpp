@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/appkit/NSApplication.h>
 
+#include <VXKit/platform/appkit/BlockingAnimation.h>
 #include <VXKit/platform/appkit/NSWindow.h>
+#include <VXKit/platform/appkit/SnapshotWindow.h>
+#include <VXKit/platform/desktop/MotionPreference.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
 #include <VXKit/platform/desktop/WindowEffects.h>
 #include <VXKit/platform/foundation/NSLog.h>
@@ -40,6 +43,14 @@ bool takesKeyboard(const QWidget* window) {
     return !ours || (ours->isVisible() && ours->canBecomeKeyWindow());
 }
 
+NSWindow& outermostParent(NSWindow& window) {
+    NSWindow* parent = &window;
+    while (parent->parentWindow()) {
+        parent = parent->parentWindow();
+    }
+    return *parent;
+}
+
 /// The window that is to have the keyboard when the application is brought to the front; null where there is none.
 QWidget* windowToActivate() {
     for (QWidget* window : {QApplication::activeModalWidget(), QApplication::activeWindow()}) {
@@ -60,7 +71,11 @@ QWidget* windowToActivate() {
 } // namespace
 
 void NSBeep() {
-    QApplication::beep();
+    if (NSApplication* application = NSApplication::sharedApplication()) {
+        application->soundBell();
+    } else {
+        QApplication::beep();
+    }
 }
 
 /// One nested run of the event loop for a window.
@@ -147,6 +162,7 @@ NSApplication* NSApplication::sharedApplication() {
 
 int NSApplication::run() {
     NSNotificationCenter& centre = NSNotificationCenter::defaultCenter();
+    askForMotionPreference();
     awakeFromNib();
     centre.postNotificationName(NSApplicationWillFinishLaunchingNotification, this);
     centre.postNotificationName(NSApplicationDidFinishLaunchingNotification, this);
@@ -224,16 +240,65 @@ void NSApplication::abortModal() {
 void NSApplication::stopModalWithCode(int code) {
     const auto running =
         std::find_if(m_modalRuns.rbegin(), m_modalRuns.rend(), [](const ModalRun* run) { return !run->isStopped; });
-    if (running == m_modalRuns.rend()) {
-        return;
+    if (running != m_modalRuns.rend()) {
+        stop(**running, code);
     }
-    (*running)->isStopped = true;
-    (*running)->code = code;
-    (*running)->loop.exit();
+}
+
+void NSApplication::abortModalForWindow(const NSWindow& window) {
+    const auto running = std::find_if(m_modalRuns.rbegin(), m_modalRuns.rend(), [&window](const ModalRun* run) {
+        return run->window == &window && !run->isStopped;
+    });
+    if (running != m_modalRuns.rend()) {
+        stop(**running, NSRunAbortedResponse);
+    }
+}
+
+void NSApplication::stop(ModalRun& run, int code) {
+    run.isStopped = true;
+    run.code = code;
+    run.loop.exit();
+}
+
+void NSApplication::beginSheet(NSWindow& sheet, NSWindow& docWindow) {
+    NSWindow& owner = outermostParent(docWindow);
+    // A window manager would keep a sheet of its own below an owner that it does not know.
+    sheet.setManagement(owner.management());
+    if (sheet.windowModality() == Qt::NonModal) {
+        sheet.setWindowModality(Qt::WindowModal);
+    }
+    const NSRect content = docWindow.contentRectForFrameRect(docWindow.frame());
+    const NSSize size = sheet.frame().size;
+    sheet.setFrame({{NSMidX(content) - size.width / 2, NSMaxY(content) - size.height}, size}, true);
+    sheet.winId();
+    owner.winId();
+    sheet.windowHandle()->setTransientParent(owner.windowHandle());
+
+    sheet.blurWindowBelow(owner);
+
+    const NSRect frame = sheet.frame();
+    const QPointer<NSWindow> sheetGuard(&sheet);
+    const QPointer<NSWindow> docGuard(&docWindow);
+    const unsigned orderings = sheet.orderings();
+    SnapshotWindow slide(NSOffsetRect(frame, 0, frame.size.height), frame, snapshotOfWindow(sheet));
+    slide.setLevel(std::max(sheet.level(), owner.level()));
+    if (docWindow.isVisible() && !blockingAnimationsJump()) {
+        slide.orderFront(nullptr);
+        slide.setFrame(frame, true, true);
+    }
+    if (sheetGuard && docGuard && sheet.orderings() == orderings) {
+        docWindow.addChildWindow(&sheet, NSWindowAbove);
+        sheet.makeKeyWindow();
+        waitUntilShown(sheet);
+    }
 }
 
 NSWindow* NSApplication::modalWindow() const {
     return m_modalRuns.empty() ? nullptr : m_modalRuns.back()->window.data();
+}
+
+void NSApplication::soundBell() {
+    beep();
 }
 
 void NSApplication::preferX11InWaylandSession() {

@@ -30,7 +30,8 @@ inline constexpr int NSRunAbortedResponse = -1001;
 
 class NSWindow;
 
-/// Sounds the desktop's bell. AppKit: the function of the same name.
+/// Sounds the application's bell, or the desktop's where the application is another kind of QApplication.
+/// AppKit: the function of the same name.
 VXKIT_EXPORT void NSBeep();
 
 /// The application object: a QApplication that speaks AppKit's terms. One for the process, made in main before anything
@@ -74,8 +75,19 @@ public:
     void stopModal();
     void stopModalWithCode(int code);
     void abortModal();
+    /// Ends the run of `window`, whichever others run within it, as an aborted one; nothing where there is none. Runs
+    /// within it go on until they are ended themselves. AppKit has none.
+    void abortModalForWindow(const NSWindow& window);
+    /// Shows `sheet` over `docWindow`: slides it down, in the middle across, from the top of that window's content,
+    /// and returns when it is out. The sheet moves with the window, and takes its input away from it and from the
+    /// windows that it belongs to, until it is ordered out.
+    /// AppKit: `-beginSheet:modalForWindow:modalDelegate:didEndSelector:contextInfo:`, without a delegate.
+    void beginSheet(NSWindow& sheet, NSWindow& docWindow);
     /// The window of the innermost run, or null. AppKit: `-modalWindow`.
     [[nodiscard]] NSWindow* modalWindow() const;
+
+    /// Sounds the desktop's bell; what NSBeep calls, so that an application can sound its own.
+    virtual void soundBell();
 
     /// Chooses the X11 platform, by Qt's environment variable, where the session is a Wayland one that has an X server
     /// too: a Wayland client cannot place its windows, and the kit's hang where they belong. A choice made already
@@ -96,6 +108,7 @@ private:
     void applicationStateHasChanged(Qt::ApplicationState state);
     void announceActivationChange();
     void handBackFocus(const QWindow* focused);
+    static void stop(ModalRun& run, int code);
     void announceTermination();
 
     bool m_hasKeyboard = false;

@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/appkit/NSWindow.h>
 
+#include <VXKit/platform/appkit/Backdrop.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
+#include <VXKit/platform/appkit/NSApplication.h>
+#include <VXKit/platform/appkit/NSButton.h>
+#include <VXKit/platform/appkit/NSButtonCell.h>
 #include <VXKit/platform/appkit/NSScreen.h>
+#include <VXKit/platform/appkit/WindowAccessibility.h>
 #include <VXKit/platform/desktop/WindowEffects.h>
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
 #include <VXKit/platform/graphics/NSGraphics.h>
@@ -18,6 +23,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <span>
 #include <utility>
 
@@ -28,6 +34,8 @@ constexpr double resizeDistance = 150;       // … for each so many points
 constexpr double shareAboveCentre = 1.0 / 3; // of the free height, above a centred window
 constexpr int solidAlpha = 128; // from here on a pixel belongs to the window where it cannot be translucent
 constexpr int transparent = 0;
+constexpr std::uint16_t returnKeyCode = 36;
+constexpr std::uint16_t enterKeyCode = 76;
 constexpr double windowWhite = 0.93;
 
 int screenUpdatesDisabled = 0;
@@ -165,6 +173,9 @@ public:
     explicit InputFilter(NSWindow* window) : QObject(window), m_window(*window) {}
 
     bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        if (event->type() == QEvent::Expose) {
+            m_window.putBypassingWindowsBelow();
+        }
         if (!isInputOfWindow(event->type()) || becomesDoubleClick(*event)) {
             return false;
         }
@@ -206,6 +217,7 @@ void NSEnableScreenUpdates() {
 NSWindow::NSWindow(const NSRect& contentRect, unsigned styleMask, NSBackingStoreType /*backing*/, bool /*defer*/)
     : m_styleMask(styleMask), m_contentView(new NSView(this)), m_inputFilter(new InputFilter(this)),
       m_backgroundColor(NSColor::colorWithCalibratedWhite(windowWhite, 1)) {
+    describeWindowsToAccessibility();
     setAttribute(Qt::WA_QuitOnClose, false);
     // Showing a window and giving it the keyboard are two things here.
     setAttribute(Qt::WA_ShowWithoutActivating);
@@ -264,7 +276,15 @@ void NSWindow::applyWindowFlags() {
 }
 
 void NSWindow::setManagement(NSWindowManagement management) {
+    if (management == m_management) {
+        return;
+    }
     m_management = management;
+    // Which of the two a native window is was decided when it was made.
+    if (testAttribute(Qt::WA_WState_Created)) {
+        destroy();
+        m_windowNumber = numberOfUnknown;
+    }
     applyWindowFlags();
 }
 
@@ -372,7 +392,7 @@ void NSWindow::setFrame(const NSRect& frame, bool display) {
     place(frame);
     moveChildren(before);
     if (self) {
-        announceChange(before);
+        announceChange(before, NSWindow::frame());
     }
     if (self && display) {
         self->display();
@@ -426,13 +446,12 @@ void NSWindow::takeGeometryFromQt() {
     layOutContent();
     moveChildren(before);
     if (self) {
-        announceChange(before);
+        announceChange(before, NSWindow::frame());
     }
 }
 
-void NSWindow::announceChange(const NSRect& before) {
+void NSWindow::announceChange(const NSRect& before, const NSRect& after) {
     const QPointer<NSWindow> self(this);
-    const NSRect after = NSWindow::frame();
     if (before.size != after.size) {
         scheduleShapeUpdate();
     }
@@ -511,6 +530,14 @@ void NSWindow::setBackgroundBlurRadius(double radius) {
     scheduleShapeUpdate();
 }
 
+void NSWindow::blurWindowBelow(NSWindow& below) {
+    const bool isBlurredAnyway = WindowEffects::sharedEffects().isAvailable(WindowEffects::Effect::Blur);
+    if (m_backgroundBlurRadius > 0 && !m_isOpaque && !isBlurredAnyway) {
+        m_backdrop = blurredBackdrop(below, NSWindow::frame(), m_backgroundBlurRadius, coverage());
+        update();
+    }
+}
+
 void NSWindow::display() {
     if (!QWidget::isVisible()) {
         return;
@@ -535,6 +562,7 @@ void NSWindow::orderOut(QObject* /*sender*/) {
 }
 
 void NSWindow::orderWindow(NSWindowOrderingMode place, int otherWindowNumber) {
+    ++m_orderings;
     if (place != NSWindowOut) {
         orderIn(place, otherWindowNumber);
         return;
@@ -582,6 +610,8 @@ void NSWindow::orderIn(NSWindowOrderingMode place, int otherWindowNumber) {
     } else if (place == NSWindowAbove) {
         windows.insert(placeInLevel(m_level, place), this);
         raise();
+        m_comesToFront = true;
+        putBypassingWindowsBelow();
         orderHigherLevelsFront();
     } else {
         windows.insert(placeInLevel(m_level, place), this);
@@ -606,6 +636,33 @@ void NSWindow::orderHigherLevelsFront() const {
     }
 }
 
+/// A window manager leaves the windows that pass it by above all of its own, and where it puts a new one is known when
+/// that is on the screen.
+void NSWindow::putBypassingWindowsBelow() {
+    if (m_management == NSWindowManagement::Bypassing || !windowHandle() || !windowHandle()->isExposed() ||
+        !std::exchange(m_comesToFront, false)) {
+        return;
+    }
+    for (NSWindow* window : allWindows()) {
+        if (window->m_management == NSWindowManagement::Bypassing && window->m_level <= m_level &&
+            window->isVisible()) {
+            WindowEffects::sharedEffects().order(*window, WindowEffects::Place::Below, this);
+        }
+    }
+}
+
+/// Above all that the window manager puts to the front while no window of ours stands in between.
+void NSWindow::raiseBypassingWindows() const {
+    if (m_management == NSWindowManagement::Bypassing) {
+        return;
+    }
+    for (NSWindow* window : allWindows()) {
+        if (window->m_management == NSWindowManagement::Bypassing && window->isVisible()) {
+            window->raise();
+        }
+    }
+}
+
 void NSWindow::orderLowerLevelsBack() const {
     const std::vector<NSWindow*> windows = allWindows();
     std::for_each(windows.rbegin(), windows.rend(), [this](NSWindow* window) {
@@ -617,7 +674,29 @@ void NSWindow::orderLowerLevelsBack() const {
 
 void NSWindow::orderOutNow() {
     m_goesOutLater = false;
+    if (m_isKey) {
+        // Before it goes: a window manager gives the keyboard of a window that goes to one of its own choosing.
+        passKeyboardOn();
+    }
     hide();
+    m_backdrop = QImage();
+    raiseBypassingWindows();
+}
+
+void NSWindow::passKeyboardOn() {
+    const NSApplication* application = NSApplication::sharedApplication();
+    NSWindow* const modal = application ? application->modalWindow() : nullptr;
+    const auto canTakeIt = [this](const NSWindow* window) {
+        return window && window != this && window->isVisible() && window->canBecomeKeyWindow();
+    };
+    if (canTakeIt(modal)) {
+        modal->makeKeyWindow();
+        return;
+    }
+    const auto next = std::find_if(allWindows().rbegin(), allWindows().rend(), canTakeIt);
+    if (next != allWindows().rend()) {
+        (*next)->makeKeyWindow();
+    }
 }
 
 void NSWindow::orderChildrenOut() {
@@ -778,6 +857,9 @@ void NSWindow::sendEvent(const NSEvent& event) {
     if (event.type() == NSKeyDown && content && (content->performKeyEquivalent(event) || !self)) {
         return;
     }
+    if (event.type() == NSKeyDown && pressDefaultButton(event)) {
+        return;
+    }
     if (event.qtEvent()) {
         if (QWindow* handle = windowHandle()) {
             // As QObject's, which is public, and past this window's own filter.
@@ -798,6 +880,27 @@ void NSWindow::sendEvent(const NSEvent& event) {
     } else {
         handleUnusedEvent(event);
     }
+}
+
+void NSWindow::setDefaultButtonCell(const NSButtonCell* cell) {
+    m_defaultButton = cell ? cell->controlView() : nullptr;
+}
+
+NSButtonCell* NSWindow::defaultButtonCell() const {
+    return m_defaultButton ? &m_defaultButton->cell() : nullptr;
+}
+
+bool NSWindow::pressDefaultButton(const NSEvent& event) {
+    const bool isReturn = event.keyCode() == returnKeyCode || event.keyCode() == enterKeyCode;
+    constexpr unsigned others = NSCommandKeyMask | NSAlternateKeyMask | NSControlKeyMask;
+    if (!isReturn || (event.modifierFlags() & others) != 0 || !m_defaultButton || !m_defaultButton->isVisible()) {
+        return false;
+    }
+    // A key that is held was pressed for what was there before.
+    if (!event.isARepeat()) {
+        m_defaultButton->performClick(this);
+    }
+    return true;
 }
 
 void NSWindow::mouseDown(const NSEvent& /*event*/) {}
@@ -846,10 +949,16 @@ void NSWindow::paintEvent(QPaintEvent* event) {
         painter.drawImage(QPointF(0, 0), m_opaqueBackground);
         return;
     }
-    const NSGraphicsContext context(painter, height(), false);
-    const QRect dirty = event->rect();
-    m_backgroundColor.setFill();
-    NSRectFill(NSMakeRect(dirty.x(), height() - dirty.y() - dirty.height(), dirty.width(), dirty.height()));
+    {
+        const NSGraphicsContext context(painter, height(), false);
+        const QRect dirty = event->rect();
+        m_backgroundColor.setFill();
+        NSRectFill(NSMakeRect(dirty.x(), height() - dirty.y() - dirty.height(), dirty.width(), dirty.height()));
+    }
+    if (!m_backdrop.isNull()) {
+        painter.setCompositionMode(QPainter::CompositionMode_DestinationOver);
+        painter.drawImage(QPointF(0, 0), m_backdrop);
+    }
 }
 
 void NSWindow::resizeEvent(QResizeEvent* event) {
@@ -886,6 +995,7 @@ void NSWindow::hideEvent(QHideEvent* event) {
 
 void NSWindow::closeEvent(QCloseEvent* event) {
     const QPointer<NSWindow> self(this);
+    ++m_orderings;
     post(NSWindowWillCloseNotification, this);
     if (self) {
         QWidget::closeEvent(event);
@@ -941,7 +1051,25 @@ void NSWindow::scheduleShapeUpdate() {
     QMetaObject::invokeMethod(this, update, Qt::QueuedConnection);
 }
 
-/// Cuts the window to what its background covers: its clicks where it can be translucent, itself where it cannot.
+/// What drawCoverage draws, in pixels; null for a window without a size.
+QImage NSWindow::coverage() const {
+    QImage look(size() * devicePixelRatioF(), QImage::Format_ARGB32_Premultiplied);
+    if (!look.isNull()) {
+        look.setDevicePixelRatio(devicePixelRatioF());
+        look.fill(Qt::transparent);
+        QPainter painter(&look);
+        const NSGraphicsContext context(painter, height(), false);
+        drawCoverage();
+    }
+    return look;
+}
+
+void NSWindow::drawCoverage() const {
+    m_backgroundColor.setFill();
+    NSRectFill(NSMakeRect(0, 0, width(), height()));
+}
+
+/// Cuts the window to what it covers: its clicks where it can be translucent, itself where it cannot.
 void NSWindow::updateShape() {
     m_shapeIsStale = false;
     WindowEffects& effects = WindowEffects::sharedEffects();
@@ -956,17 +1084,9 @@ void NSWindow::updateShape() {
         clearMask();
         return;
     }
-    QImage look(size() * devicePixelRatioF(), QImage::Format_ARGB32_Premultiplied);
+    const QImage look = coverage();
     if (look.isNull()) {
         return;
-    }
-    look.setDevicePixelRatio(devicePixelRatioF());
-    look.fill(Qt::transparent);
-    {
-        QPainter painter(&look);
-        const NSGraphicsContext context(painter, height(), false);
-        m_backgroundColor.setFill();
-        NSRectFill(NSMakeRect(0, 0, width(), height()));
     }
     const QRegion region = regionOfAlpha(look, canBeTranslucent ? transparent + 1 : solidAlpha);
     effects.setShadowShape(*this, look);

@@ -79,6 +79,9 @@ enum class NSWindowManagement {
     Bypassing, ///< the window itself: its frame holds to the pixel, and it stays above full-screen windows
 };
 
+class NSButton;
+class NSButtonCell;
+
 /// Windows do not change on the screen until NSEnableScreenUpdates has been called as often: those that are ordered out
 /// or lose their opacity meanwhile stay as they are, so that what comes in their place is there before they go. An
 /// enable without a disable is ignored.
@@ -153,7 +156,7 @@ public:
     [[nodiscard]] unsigned collectionBehavior() const { return m_collectionBehavior; }
     void setCollectionBehavior(unsigned behavior);
     [[nodiscard]] NSWindowManagement management() const { return m_management; }
-    /// To be called before the window is first ordered in.
+    /// To be called while the window is out. One that the window server knows gets a new number.
     void setManagement(NSWindowManagement management);
 
     [[nodiscard]] bool isOpaque() const { return m_isOpaque; }
@@ -172,6 +175,11 @@ public:
     /// is no blur.
     void setBackgroundBlurRadius(double radius);
 
+    /// Shows a blurred picture of `below`, another window of the application's that this one lies over, through its
+    /// translucent background until it is ordered out. Nothing for a window without a blur, and where the desktop
+    /// blurs by itself. AppKit needs none.
+    void blurWindowBelow(NSWindow& below);
+
     /// Redraws the window and its views before it returns. Nothing while it is not shown. AppKit: `-display`.
     virtual void display();
 
@@ -179,6 +187,8 @@ public:
     /// `sender` is not looked at.
     void orderFront(QObject* sender);
     void orderBack(QObject* sender);
+    /// Takes the window off the screen. Where it had the keyboard, that goes to the modal window, or to the topmost of
+    /// the application's that can take it.
     void orderOut(QObject* sender);
     /// Orders the window in, just above or below the window with the number `otherWindowNumber` (0: all of its level),
     /// or out. AppKit: `-orderWindow:relativeTo:`.
@@ -187,6 +197,9 @@ public:
     virtual void makeKeyAndOrderFront(QObject* sender);
     /// Gives the window the keyboard, if it can take it and is shown. AppKit: `-makeKeyWindow`.
     void makeKeyWindow();
+    /// How often the window was ordered in or out or closed, by whomever: an effect that sees another number than at
+    /// its beginning has been overtaken.
+    [[nodiscard]] unsigned orderings() const { return m_orderings; }
     /// Hides QWidget's: no from the moment that the window is ordered out, also while screen updates are suspended.
     [[nodiscard]] bool isVisible() const { return QWidget::isVisible() && !m_goesOutLater; }
 
@@ -220,6 +233,11 @@ public:
     /// Gives the keys to `responder`, or to the window itself where that is null, which ends editing. False where the
     /// view takes no keys or is not in this window. AppKit: `-makeFirstResponder:`.
     bool makeFirstResponder(QWidget* responder);
+
+    /// The button that Return and the keypad's Enter press wherever the keyboard is in the window, unless a view
+    /// answers them as key equivalents itself. Null takes it back. AppKit: `-setDefaultButtonCell:`.
+    void setDefaultButtonCell(const NSButtonCell* cell);
+    [[nodiscard]] NSButtonCell* defaultButtonCell() const;
 
     /// Every event of the mouse and the keyboard for the window comes here first; this hands it on to its view, and to
     /// nobody where a subclass does not call it. Keys are offered to the views as key equivalents before that.
@@ -255,6 +273,14 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
+    /// Draws what the window covers, of which only alpha counts, in its own coordinates: for its shadow, its clicks,
+    /// and its outline where it cannot be translucent. Here: the background colour.
+    virtual void drawCoverage() const;
+    /// Cuts the window to what it covers now, at once.
+    void updateShape();
+    /// Posts what is different between two frames.
+    void announceChange(const NSRect& before, const NSRect& after);
+
 private:
     friend class ViewCore;
     friend void NSDisableScreenUpdates();
@@ -269,21 +295,25 @@ private:
     void moveToPixel();
     void layOutContent();
     void takeGeometryFromQt();
-    void announceChange(const NSRect& before);
     void moveChildren(const NSRect& before);
     void orderIn(NSWindowOrderingMode place, int otherWindowNumber);
     void orderOutNow();
+    void putBypassingWindowsBelow();
+    void raiseBypassingWindows() const;
     void orderHigherLevelsFront() const;
     void orderLowerLevelsBack() const;
     void orderChildrenOut();
     void setWentOutWithParent(const NSWindow* child, bool flag);
     void becomeMainWindow();
     void applyAlpha();
-    void updateShape();
+    bool pressDefaultButton(const NSEvent& event);
+    void passKeyboardOn();
     void scheduleShapeUpdate();
+    [[nodiscard]] QImage coverage() const;
     void dispatch(QEvent& event);
     void handleUnusedEvent(const NSEvent& event);
 
+    static constexpr int numberOfUnknown = -1; // to the window server
     static constexpr auto largestLength = static_cast<double>(std::numeric_limits<float>::max());
 
     unsigned m_styleMask;
@@ -296,7 +326,7 @@ private:
     NSSize m_minSize;
     NSSize m_maxSize{largestLength, largestLength};
     int m_level = NSNormalWindowLevel;
-    int m_windowNumber = -1;
+    int m_windowNumber = numberOfUnknown;
     bool m_isOneShot = false;
     unsigned m_collectionBehavior = NSWindowCollectionBehaviorDefault;
     NSWindowManagement m_management = NSWindowManagement::Managed;
@@ -305,11 +335,15 @@ private:
     double m_alphaValue = 1;
     NSColor m_backgroundColor;
     double m_backgroundBlurRadius = 0;
+    QPointer<NSButton> m_defaultButton;
+    unsigned m_orderings = 0;
+    bool m_comesToFront = false; // the window server has not put it there yet
     bool m_isKey = false;
     bool m_isSheet = false;
     bool m_goesOutLater = false;
     bool m_changesAlphaLater = false;
     bool m_shapeIsStale = false;
+    QImage m_backdrop;         // of a window that blurs what is below by itself
     QImage m_opaqueBackground; // where there is no compositing manager
     QPointer<NSWindow> m_parentWindow;
     struct Child {
