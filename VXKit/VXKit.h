@@ -66,3 +66,4 @@
 #include <VXKit/support/NSPasteboard+VXKitAdditions.h>
 #include <VXKit/support/VXKitResources.h>
 #include <VXKit/support/VXLog.h>
+#include <VXKit/transitions/NSWindow+NoodleEffects.h>
