@@ -19,6 +19,7 @@
 #include <VXKit/database/LTDatabase.h>
 #include <VXKit/database/LTSnippetArray.h>
 #include <VXKit/database/_LTSnippet.h>
+#include <VXKit/hud/LTHUDAlert.h>
 #include <VXKit/hud/LTHUDWindow.h>
 #include <VXKit/hud/NSWindow+NSWindowAdditions.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
