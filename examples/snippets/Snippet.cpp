@@ -120,6 +120,11 @@ void Snippet::setTitle(const QString& title) {
         QChar::fromLatin1(' '));
 }
 
+void Snippet::rename(const QString& title, NSDate date) {
+    setTitle(title);
+    modificationDate = date;
+}
+
 void Snippet::noteUse(NSDate date) {
     m_lastUsed = date;
     if (m_useCount < std::numeric_limits<std::int64_t>::max()) {

@@ -28,6 +28,9 @@ public:
     /// How many times the text was copied back; never below 0.
     [[nodiscard]] std::int64_t useCount() const { return m_useCount; }
 
+    /// Gives the record another title, as a change of its owner's at `date`.
+    void rename(const QString& title, NSDate date);
+
     /// Counts one use, at `date`.
     void noteUse(NSDate date);
 

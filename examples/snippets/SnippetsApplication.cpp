@@ -151,7 +151,10 @@ LTApplicationController* SnippetsApplication::applicationController() const {
 }
 
 void SnippetsApplication::toggleMainWindow() {
-    if (m_window->isVisible()) {
+    if (modalWindow()) {
+        activateIgnoringOtherApps(true);
+        m_statusItemView->setHighlighted(m_window->isVisible());
+    } else if (m_window->isVisible()) {
         closeMainWindow();
         switchBackToApp();
     } else {
@@ -160,7 +163,8 @@ void SnippetsApplication::toggleMainWindow() {
 }
 
 void SnippetsApplication::closeMainWindow() {
-    if (m_window->isVisible()) {
+    // A question over the window must not go with it: nothing else takes input until it is answered.
+    if (m_window->isVisible() && !modalWindow()) {
         m_window->orderOut(nullptr);
         m_statusItemView->setHighlighted(false);
     }

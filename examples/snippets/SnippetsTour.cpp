@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "SnippetsTour.h"
 
+#include "SnippetQuestions.h"
 #include "SnippetsApplication.h"
 #include "SnippetsListModel.h"
 #include "SnippetsWindow.h"
@@ -12,6 +13,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QEventLoop>
+#include <QKeyEvent>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QTimer>
@@ -98,8 +100,8 @@ bool SnippetsTour::run() {
         return fail(QStringLiteral("%1: cannot create the folder of the pictures").arg(m_folder));
     }
     const QString clipboard = stringValue(NSPasteboard::generalPasteboard());
-    const bool succeeded =
-        showList() && showSearch() && showSelection() && showAdded() && showRemoved() && showHelp() && tellFile();
+    const bool succeeded = showList() && showSearch() && showSelection() && showAdded() && showRenamed() &&
+                           showRemoved() && showHelp() && tellFile();
     if (!clipboard.isNull()) {
         NSPasteboard::generalPasteboard().clearContents();
         NSPasteboard::generalPasteboard().setString(clipboard, QString::fromLatin1(NSStringPboardType));
@@ -156,14 +158,56 @@ bool SnippetsTour::showAdded() {
     return takePicture(window, QStringLiteral("04-added"));
 }
 
+bool SnippetsTour::showRenamed() {
+    SnippetsWindow& window = m_application.window();
+    const QString title = window.selectedSnippet()->title();
+    // The sheet has the old title selected, so that the first letter replaces it.
+    const bool isAnswered =
+        answerSheet([&] { window.renameSelected(); }, QStringLiteral("05-renaming"), {Qt::Key_N, Qt::Key_Return});
+    if (!isAnswered || window.selectedSnippet()->title() == title) {
+        return fail(QStringLiteral("the selected snippet cannot be renamed"));
+    }
+    return true;
+}
+
+/// Calls `ask`, which shows a sheet and returns when that is answered; takes a picture of it before `keys` answer it.
+bool SnippetsTour::answerSheet(const std::function<void()>& ask, const QString& picture,
+                               const std::vector<Qt::Key>& keys) {
+    bool succeeded = false;
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, &watch, [&] {
+        NSWindow* const sheet = m_application.modalWindow();
+        if (!sheet) {
+            return;
+        }
+        watch.stop();
+        succeeded = takePicture(*sheet, picture);
+        for (const Qt::Key key : keys) {
+            for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+                QKeyEvent event(type, key, Qt::NoModifier, key == Qt::Key_N ? QStringLiteral("n") : QString());
+                QCoreApplication::sendEvent(sheet->windowHandle(), &event);
+            }
+        }
+    });
+    watch.start(pictureInterval);
+    ask();
+    return succeeded;
+}
+
 bool SnippetsTour::showRemoved() {
     SnippetsWindow& window = m_application.window();
     const int before = window.model().totalCount();
-    window.removeSelected();
+    if (asksBeforeRemoving()) {
+        if (!answerSheet([&] { window.askToRemoveSelected(); }, QStringLiteral("06-removing"), {Qt::Key_Return})) {
+            return false;
+        }
+    } else {
+        window.removeSelected();
+    }
     if (window.model().totalCount() != before - 1 || !window.canUndoRemoval()) {
         return fail(QStringLiteral("the selected snippet cannot be removed"));
     }
-    return takePicture(window, QStringLiteral("05-removed"));
+    return takePicture(window, QStringLiteral("07-removed"));
 }
 
 bool SnippetsTour::showHelp() {
@@ -171,7 +215,7 @@ bool SnippetsTour::showHelp() {
     if (!LTHelpLoader::exists() || LTHelpLoader::loader().text().isEmpty()) {
         return fail(QStringLiteral("there is no help"));
     }
-    return takePicture(LTHelpLoader::loader().window(), QStringLiteral("06-help"));
+    return takePicture(LTHelpLoader::loader().window(), QStringLiteral("08-help"));
 }
 
 /// Counts what is in the file, not what is in memory.

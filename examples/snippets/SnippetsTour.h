@@ -3,7 +3,9 @@
 
 #include <QString>
 
+#include <functional>
 #include <optional>
+#include <vector>
 
 class QWidget;
 class SnippetsApplication;
@@ -27,7 +29,10 @@ private:
     [[nodiscard]] bool showSearch();
     [[nodiscard]] bool showSelection();
     [[nodiscard]] bool showAdded();
+    [[nodiscard]] bool showRenamed();
     [[nodiscard]] bool showRemoved();
+    [[nodiscard]] bool answerSheet(const std::function<void()>& ask, const QString& picture,
+                                   const std::vector<Qt::Key>& keys);
     [[nodiscard]] bool showHelp();
     [[nodiscard]] bool tellFile() const;
     [[nodiscard]] bool takePicture(QWidget& window, const QString& name);

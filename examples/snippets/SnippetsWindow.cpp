@@ -7,6 +7,7 @@
 #include "MessageBar.h"
 #include "SnippetImporter.h"
 #include "SnippetPasteboard.h"
+#include "SnippetQuestions.h"
 #include "SnippetsListModel.h"
 #include "SnippetsListView.h"
 
@@ -24,6 +25,7 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QSplitter>
 
@@ -176,12 +178,14 @@ void SnippetsWindow::makeWidgets() {
     m_status = new ElidedLabel(contentView());
     m_status->setForegroundRole(QPalette::PlaceholderText);
     m_add = new QPushButton(QStringLiteral("Add from Clipboard"), contentView());
+    m_rename = new QPushButton(QStringLiteral("Rename"), contentView());
     m_remove = new QPushButton(QStringLiteral("Remove"), contentView());
     m_copy = new QPushButton(QStringLiteral("Copy"), contentView());
     m_add->setToolTip(QStringLiteral("Add the text on the clipboard (Ctrl+V)"));
+    m_rename->setToolTip(QStringLiteral("Give the selected snippet another title (F2)"));
     m_remove->setToolTip(QStringLiteral("Remove the selected snippet (Delete)"));
     m_copy->setToolTip(QStringLiteral("Copy the selected snippet (Return copies and closes)"));
-    for (QPushButton* button : {m_add, m_remove, m_copy}) {
+    for (QPushButton* button : {m_add, m_rename, m_remove, m_copy}) {
         // A click on one leaves the keyboard where it was.
         button->setFocusPolicy(Qt::TabFocus);
         button->setAccessibleName(button->text());
@@ -189,7 +193,8 @@ void SnippetsWindow::makeWidgets() {
     }
     for (QWidget* widget :
          {static_cast<QWidget*>(m_search), static_cast<QWidget*>(m_list), static_cast<QWidget*>(m_preview),
-          static_cast<QWidget*>(m_add), static_cast<QWidget*>(m_remove), static_cast<QWidget*>(m_copy)}) {
+          static_cast<QWidget*>(m_add), static_cast<QWidget*>(m_rename), static_cast<QWidget*>(m_remove),
+          static_cast<QWidget*>(m_copy)}) {
         widget->installEventFilter(this);
     }
 }
@@ -218,6 +223,7 @@ void SnippetsWindow::layOutWidgets() {
     buttonLayout->setSpacing(spacing);
     buttonLayout->addWidget(m_status, 1);
     buttonLayout->addWidget(m_add);
+    buttonLayout->addWidget(m_rename);
     buttonLayout->addWidget(m_remove);
     buttonLayout->addWidget(m_copy);
 
@@ -252,7 +258,8 @@ void SnippetsWindow::connectWidgets() {
     connect(m_model, &QAbstractItemModel::rowsRemoved, this, &SnippetsWindow::updateCount);
     connect(m_model, &QAbstractItemModel::dataChanged, this, &SnippetsWindow::updatePreview);
     connect(m_add, &QPushButton::clicked, this, &SnippetsWindow::addFromClipboard);
-    connect(m_remove, &QPushButton::clicked, this, &SnippetsWindow::removeSelected);
+    connect(m_rename, &QPushButton::clicked, this, &SnippetsWindow::renameSelected);
+    connect(m_remove, &QPushButton::clicked, this, &SnippetsWindow::askToRemoveSelected);
     connect(m_copy, &QPushButton::clicked, this, &SnippetsWindow::copySelected);
     connect(m_undoBar, &MessageBar::actionTriggered, this, &SnippetsWindow::undoRemoval);
     connect(m_undoBar, &MessageBar::dismissed, this, &SnippetsWindow::forgetRemoved);
@@ -315,6 +322,29 @@ bool SnippetsWindow::copySelected() {
     }
     sayForAWhile(QStringLiteral("Copied ") + quoted(selected->title()));
     return true;
+}
+
+void SnippetsWindow::renameSelected() {
+    const std::shared_ptr<Snippet> selected = selectedSnippet();
+    if (!selected) {
+        return;
+    }
+    const QPointer<SnippetsWindow> self(this);
+    const std::optional<QString> title = askForTitle(*selected, *this);
+    if (self && title) {
+        selected->rename(*title, NSDate::date());
+        m_database->notifyOfModificationForSnippet(selected);
+        sayForAWhile(QStringLiteral("Renamed to ") + quoted(*title));
+    }
+}
+
+void SnippetsWindow::askToRemoveSelected() {
+    const std::shared_ptr<Snippet> selected = selectedSnippet();
+    const QPointer<SnippetsWindow> self(this);
+    // What is selected may be another one when the answer comes.
+    if (selected && mayRemove(*selected, *this) && self && selectedSnippet() == selected) {
+        removeSelected();
+    }
 }
 
 void SnippetsWindow::removeSelected() {
@@ -405,6 +435,7 @@ void SnippetsWindow::searchHasChanged() {
 void SnippetsWindow::selectionHasChanged() {
     const bool isSelected = selectedSnippet() != nullptr;
     m_copy->setEnabled(isSelected);
+    m_rename->setEnabled(isSelected);
     m_remove->setEnabled(isSelected);
     updatePreview();
 }
@@ -514,8 +545,11 @@ bool SnippetsWindow::handleKeyPress(QObject* receiver, QKeyEvent* event) {
         }
         // A key held down deletes characters, never snippets.
         if (!event->isAutoRepeat()) {
-            removeSelected();
+            askToRemoveSelected();
         }
+        return true;
+    case Qt::Key_F2:
+        renameSelected();
         return true;
     case Qt::Key_Up:
     case Qt::Key_Down:

@@ -26,19 +26,20 @@ struct SnippetImportResult;
 /// The program's window, which hangs under its status item: search, the list, and the selected snippet with its text.
 ///
 ///                            ▲
-///     ╭──────────────────────┘└───────────────────────╮
-///     │ 🔍 Search snippets                          ✕ │
-///     ├──────────────────┬────────────────────────────┤
-///     │ Title      14:02 │ Title                      │
-///     │ First line       │ Created … Used 3 times     │
-///     │ Title  Yesterday │ ┌────────────────────────┐ │
-///     │ First line       │ │ text                   │ │
-///     ├──────────────────┴────────────────────────────┤
-///     │ 214 snippets     Add from Clipboard Remove Copy│
-///     ╰───────────────────────────────────────────────╯
+///     ╭──────────────────────┘└────────────────────────────╮
+///     │ 🔍 Search snippets                               ✕ │
+///     ├──────────────────┬─────────────────────────────────┤
+///     │ Title      14:02 │ Title                           │
+///     │ First line       │ Created … Used 3 times          │
+///     │ Title  Yesterday │ ┌─────────────────────────────┐ │
+///     │ First line       │ │ text                        │ │
+///     ├──────────────────┴─────────────────────────────────┤
+///     │ 214 snippets  Add from Clipboard Rename Remove Copy│
+///     ╰────────────────────────────────────────────────────╯
 ///
 /// It is made for the keyboard: whatever has the focus, typing searches, Up and Down move through the list, Return
-/// copies and leaves, Delete removes, Ctrl+V adds from the clipboard, Escape clears the search and then leaves.
+/// copies and leaves, F2 renames, Delete removes, Ctrl+V adds from the clipboard, Escape clears the search and then
+/// leaves.
 class SnippetsWindow : public LTWindow {
     Q_OBJECT
 
@@ -62,6 +63,12 @@ public:
 
     /// Copies the selected snippet to the clipboard and counts the use. False where nothing is selected.
     bool copySelected();
+
+    /// Asks for another title of the selected snippet.
+    void renameSelected();
+
+    /// Asks whether the selected snippet is to be removed, unless that is not wished for, and removes it.
+    void askToRemoveSelected();
 
     /// Removes the selected snippet. For a while a bar offers to undo that; removals made meanwhile are undone
     /// together.
@@ -126,6 +133,7 @@ private:
     QPlainTextEdit* m_preview = nullptr;
     ElidedLabel* m_status = nullptr;
     QPushButton* m_add = nullptr;
+    QPushButton* m_rename = nullptr;
     QPushButton* m_remove = nullptr;
     QPushButton* m_copy = nullptr;
 

@@ -35,6 +35,7 @@ namespace {
 constexpr int waitingTime = 15000; // milliseconds
 constexpr QSize windowSize(720, 500);
 constexpr int itemWidth = 30;
+constexpr int sheetWidth = 422;
 constexpr int arrowHeight = 14;
 constexpr QRgb bodyColor = 0xff0d0d0d;
 
@@ -234,6 +235,11 @@ protected:
         return NativeWindows(host.processId()).ofSize(windowSize * scale, windowSize * scale);
     }
 
+    /// The question that the host asks.
+    [[nodiscard]] std::optional<NativeWindow> sheet() const {
+        return NativeWindows(host.processId()).ofSize(QSize(sheetWidth, 100) * scale, QSize(sheetWidth, 300) * scale);
+    }
+
     /// Once it stands still: a tray moves its items about while it takes one in.
     void clickItem() const {
         std::optional<NativeWindow> before;
@@ -384,8 +390,12 @@ TEST_F(MainWindowOnDesktop, TakesTheFirstClickForActivationAloneWhereItStaysOpen
     EXPECT_TRUE(waitFor([&] { return QGuiApplication::clipboard()->text() == QStringLiteral("A note.\n"); }))
         << "the click reached the button and removed the snippet";
     keepPicture("stays-open");
-    // The next click is one for the button.
+    // The next click is one for the button, which asks.
     click(removeButton);
+    ASSERT_TRUE(waitFor([&] { return sheet().has_value(); })) << "the button does not get the second click";
+    keepPicture("asks");
+    pressKey("Return");
+    ASSERT_TRUE(waitFor([&] { return !sheet(); }));
     EXPECT_EQ(savedSnippets(), 0U);
 }
 

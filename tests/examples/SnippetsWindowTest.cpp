@@ -1,18 +1,23 @@
 // SPDX-License-Identifier: MIT
+#include "../ModalRun.h"
 #include "SnippetsHost.h"
 
 #include <MessageBar.h>
 #include <SnippetPasteboard.h>
+#include <SnippetQuestions.h>
 #include <SnippetsListModel.h>
 #include <SnippetsListView.h>
 #include <SnippetsSyncManager.h>
 #include <SnippetsWindow.h>
 
 #include <VXKit/app/LTStatusItemView.h>
+#include <VXKit/controls/LTHUDCheckBox.h>
+#include <VXKit/platform/appkit/BlockingAnimation.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/platform/appkit/NSStatusItem.h>
 #include <VXKit/platform/foundation/NSTimer.h>
+#include <VXKit/platform/foundation/NSUserDefaults.h>
 #include <VXKit/support/NSPasteboard+VXKitAdditions.h>
 
 #include <QDir>
@@ -35,11 +40,16 @@ class SnippetsWindowTest : public SnippetsHost {
 protected:
     /// The window with three snippets, shown and with the keyboard.
     void SetUp() override {
+        setAsks(false);
         add(1.0, "Oldest", "oldest text");
         add(2.0, "Middle", "middle text");
         add(3.0, "Newest", "newest text");
         window = std::make_unique<SnippetsWindow>(database);
         show();
+    }
+
+    static void setAsks(bool asks) {
+        NSUserDefaults::standardUserDefaults().setBool(!asks, "SnippetsRemoveWithoutAsking");
     }
 
     void show() {
@@ -55,6 +65,19 @@ protected:
         for (; *text; ++text) {
             QTest::keyClick(window->windowHandle(), *text);
         }
+    }
+
+    void pressInSheet(Qt::Key key) {
+        NSWindow* const sheet = application.modalWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(sheet));
+        QTest::keyClick(sheet->windowHandle(), key);
+    }
+    /// Answers the next question with a key.
+    void whenAsked(Qt::Key answer) {
+        whenNextModalRunHasBegun(application, [this, answer] {
+            ++questions;
+            pressInSheet(answer);
+        });
     }
 
     static void setClipboard(const char* text) {
@@ -85,6 +108,7 @@ protected:
     int totalCount() const { return window->model().totalCount(); }
 
     std::unique_ptr<SnippetsWindow> window;
+    int questions = 0;
 };
 
 TEST_F(SnippetsWindowTest, OpensWithTheNewestSelectedAndTheKeyboardInTheSearch) {
@@ -210,6 +234,85 @@ TEST_F(SnippetsWindowTest, AKeyHeldDownRemovesOneSnippetOnly) {
     QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier, {}, true);
     QCoreApplication::sendEvent(search(), &repeated);
     EXPECT_EQ(totalCount(), 2);
+}
+
+TEST_F(SnippetsWindowTest, AsksBeforeItRemoves) {
+    setAsks(true);
+    const AnimationDurationsForTesting none(0);
+    whenAsked(Qt::Key_Escape);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(totalCount(), 3);
+    EXPECT_TRUE(asksBeforeRemoving());
+    whenAsked(Qt::Key_Return);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(totalCount(), 2);
+    EXPECT_TRUE(window->canUndoRemoval());
+    EXPECT_TRUE(asksBeforeRemoving());
+    EXPECT_EQ(questions, 2);
+}
+
+TEST_F(SnippetsWindowTest, AsksNoMoreWhereThatWasWished) {
+    setAsks(true);
+    const AnimationDurationsForTesting none(0);
+    whenNextModalRunHasBegun(application, [this] {
+        LTHUDCheckBox* box = nullptr;
+        for (QAbstractButton* button : application.modalWindow()->findChildren<QAbstractButton*>()) {
+            box = box ? box : dynamic_cast<LTHUDCheckBox*>(button);
+        }
+        ASSERT_TRUE(box);
+        box->setState(NSOnState);
+        pressInSheet(Qt::Key_Return);
+    });
+    button("Remove")->click();
+    EXPECT_EQ(totalCount(), 2);
+    EXPECT_FALSE(asksBeforeRemoving());
+    press(Qt::Key_Delete);
+    EXPECT_EQ(totalCount(), 1);
+}
+
+TEST_F(SnippetsWindowTest, ACheckedBoxIsForgottenWhereTheSnippetStays) {
+    setAsks(true);
+    const AnimationDurationsForTesting none(0);
+    whenNextModalRunHasBegun(application, [this] {
+        for (QAbstractButton* button : application.modalWindow()->findChildren<QAbstractButton*>()) {
+            if (auto* box = dynamic_cast<LTHUDCheckBox*>(button)) {
+                box->setState(NSOnState);
+            }
+        }
+        pressInSheet(Qt::Key_Escape);
+    });
+    press(Qt::Key_Delete);
+    EXPECT_EQ(totalCount(), 3);
+    EXPECT_TRUE(asksBeforeRemoving());
+}
+
+TEST_F(SnippetsWindowTest, RenamesTheSelectedSnippet) {
+    const AnimationDurationsForTesting none(0);
+    const std::shared_ptr<Snippet> newest = window->selectedSnippet();
+    whenNextModalRunHasBegun(application, [this] {
+        auto* field = application.modalWindow()->findChild<QLineEdit*>();
+        ASSERT_TRUE(field);
+        EXPECT_EQ(field->selectedText(), QStringLiteral("Newest"));
+        field->setText(QStringLiteral("  Another name "));
+        pressInSheet(Qt::Key_Return);
+    });
+    press(Qt::Key_F2);
+    EXPECT_EQ(selectedTitle(), "Another name");
+    EXPECT_EQ(window->selectedSnippet(), newest);
+    EXPECT_TRUE(newest->dateOfModification());
+    EXPECT_TRUE(LTDatabase::isDirty());
+    EXPECT_EQ(window->model().data(window->model().indexOf(*newest)).toString(), QStringLiteral("Another name"));
+}
+
+TEST_F(SnippetsWindowTest, KeepsATitleThatIsNotReplaced) {
+    const AnimationDurationsForTesting none(0);
+    for (const Qt::Key answer : {Qt::Key_Escape, Qt::Key_Return}) {
+        whenAsked(answer);
+        button("Rename")->click();
+        EXPECT_EQ(selectedTitle(), "Newest");
+        EXPECT_FALSE(window->selectedSnippet()->dateOfModification());
+    }
+    EXPECT_EQ(questions, 2);
 }
 
 TEST_F(SnippetsWindowTest, ControlVAddsFromTheClipboardAndSelectsIt) {

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#include "SnippetQuestions.h"
+
+#include "Snippet.h"
+
+#include <VXKit/hud/LTHUDAlert.h>
+#include <VXKit/platform/foundation/NSUserDefaults.h>
+#include <VXKit/support/VXLog.h>
+
+namespace {
+
+constexpr const char* withoutAskingKey = "SnippetsRemoveWithoutAsking";
+constexpr qsizetype longestTitle = 40; // characters, in a headline
+
+void removeWithoutAskingFromNowOn() {
+    NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
+    defaults.setBool(true, withoutAskingKey);
+    if (!defaults.synchronize()) {
+        VXLog("That removals are not to be asked about could not be kept");
+    }
+}
+
+QString shortened(const QString& title) {
+    return title.size() > longestTitle ? title.first(longestTitle - 1).trimmed() + QChar(u'…') : title;
+}
+
+} // namespace
+
+bool asksBeforeRemoving() {
+    return !NSUserDefaults::standardUserDefaults().boolForKey(withoutAskingKey);
+}
+
+bool mayRemove(const Snippet& snippet, NSWindow& window) {
+    if (!asksBeforeRemoving()) {
+        return true;
+    }
+    const auto alert = LTHUDAlert::alertWithMessageText(
+        QStringLiteral("Remove “%1”?").arg(shortened(snippet.title())), QStringLiteral("&Remove"),
+        QStringLiteral("Cancel"), QStringLiteral("&Do not ask again"),
+        QStringLiteral("For some seconds after that, a bar at the bottom of the window offers to put it back."));
+    alert->setOtherButtonIsDontShowAgain(true);
+    if (alert->runSheetModalForWindow(window) != NSAlertDefaultReturn) {
+        return false;
+    }
+    if (alert->dontShowAgainIsChecked()) {
+        removeWithoutAskingFromNowOn();
+    }
+    return true;
+}
+
+std::optional<QString> askForTitle(const Snippet& snippet, NSWindow& window) {
+    const auto alert = LTHUDAlert::inputAlertWithMessageText(QStringLiteral("New title:"), snippet.title());
+    alert->setMessage(QStringLiteral("Rename “%1”").arg(shortened(snippet.title())));
+    alert->setDefaultButtonTitle(QStringLiteral("Re&name"));
+    const QString title = alert->runInputSheetModalForWindow(window).value_or(QString()).trimmed();
+    return title.isEmpty() || title == snippet.title() ? std::nullopt : std::optional(title);
+}

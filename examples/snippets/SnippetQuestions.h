@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// What the program asks the person, as sheets over the window that it is about.
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+class NSWindow;
+class Snippet;
+
+/// Whether the person is asked before a snippet is removed (the user-defaults key `SnippetsRemoveWithoutAsking`).
+[[nodiscard]] bool asksBeforeRemoving();
+
+/// Whether `snippet` may be removed. Asks, unless the person has once wished not to be asked again.
+[[nodiscard]] bool mayRemove(const Snippet& snippet, NSWindow& window);
+
+/// The new title for `snippet`; nothing where the person keeps the old one.
+[[nodiscard]] std::optional<QString> askForTitle(const Snippet& snippet, NSWindow& window);
