@@ -3,6 +3,7 @@
 // them; what it does not do itself is done from outside.
 #include "../ModalRun.h"
 #include "../app/ShellHost.h"
+#include "Desktop.h"
 
 #include <VXKit/controls/LTHUDButton.h>
 #include <VXKit/controls/LTHUDCheckBox.h>
@@ -12,9 +13,7 @@
 #include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/transitions/NSWindow+NoodleEffects.h>
 
-#include <QDir>
 #include <QProcess>
-#include <QScreen>
 #include <QTest>
 #include <QTimer>
 
@@ -22,41 +21,8 @@
 
 namespace {
 
-constexpr int waitingTime = 10000; // milliseconds
-
-bool waitFor(const std::function<bool()>& condition) {
-    return QTest::qWaitFor(condition, waitingTime);
-}
-
-/// Presses and releases as a device would: what window gets it is the server's business.
-void xdotool(const QStringList& arguments) {
-    ASSERT_EQ(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
-}
-
-void pressKey(const char* key) {
-    xdotool({QStringLiteral("key"), QString::fromLatin1(key)});
-}
-
-void clickAt(const QPoint& place) {
-    xdotool({QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y()),
-             QStringLiteral("click"), QStringLiteral("1")});
-}
-
 void click(QWidget& view) {
-    clickAt(view.mapToGlobal(view.rect().center()));
-}
-
-QImage pictureOfScreen() {
-    return QGuiApplication::primaryScreen()->grabWindow(0).toImage().convertToFormat(QImage::Format_RGB32);
-}
-
-void keepPicture(const char* title) {
-    const QString folder = qEnvironmentVariable("VXKIT_PICTURES");
-    if (!folder.isEmpty()) {
-        QDir().mkpath(folder);
-        QTest::qWait(300); // for the compositing manager
-        pictureOfScreen().save(QDir(folder).filePath(QString::fromLatin1(title) + QStringLiteral(".png")));
-    }
+    click(view.mapToGlobal(view.rect().center()));
 }
 
 /// A window of the host's, with a view that counts presses.
@@ -330,7 +296,7 @@ TEST_P(SheetOnDesktop, KeysReachItAfterAClickOnItsBlockedParent) {
     const auto alert = makeAlert();
     whenRunning(*alert, [&] {
         const QPoint blocked = parent->mapToGlobal(QPoint(20, parent->height() - 20));
-        clickAt(blocked);
+        click(blocked);
         QTest::qWait(200); // whatever the click sets in motion
         EXPECT_EQ(parent->presses, 0);
         EXPECT_TRUE(isSeen(*alert));
@@ -338,7 +304,7 @@ TEST_P(SheetOnDesktop, KeysReachItAfterAClickOnItsBlockedParent) {
     });
     EXPECT_EQ(alert->runSheetModalForWindow(*parent), 0);
     EXPECT_TRUE(waitFor([&] { return parent->isKeyWindow(); }));
-    clickAt(parent->mapToGlobal(QPoint(20, parent->height() - 20)));
+    click(parent->mapToGlobal(QPoint(20, parent->height() - 20)));
     EXPECT_TRUE(waitFor([&] { return parent->presses == 1; })) << "it is blocked no more";
 }
 

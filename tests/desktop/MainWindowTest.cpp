@@ -2,6 +2,8 @@
 // The example host on a real X server, used as a person would: its symbol clicked, its window looked at, the keyboard
 // followed. The test itself is the other program on the desktop. Runs in a desktop session without a tray, and starts
 // the trays and panels that it needs.
+#include "Desktop.h"
+
 #include <VXKit/platform/foundation/NSPropertyList.h>
 
 #include <QApplication>
@@ -12,7 +14,6 @@
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QProcess>
-#include <QScreen>
 #include <QStandardPaths>
 #include <QTest>
 #include <QVBoxLayout>
@@ -32,7 +33,6 @@
 
 namespace {
 
-constexpr int waitingTime = 15000; // milliseconds
 constexpr QSize windowSize(720, 500);
 constexpr int itemWidth = 30;
 constexpr int sheetWidth = 422;
@@ -112,28 +112,6 @@ private:
     xcb_atom_t m_pidAtom = XCB_NONE;
     std::vector<NativeWindow> m_found;
 };
-
-bool waitFor(const std::function<bool()>& condition) {
-    return QTest::qWaitFor(condition, waitingTime);
-}
-
-/// Presses and releases as a device would: what window gets it is the server's business.
-void xdotool(const QStringList& arguments) {
-    ASSERT_EQ(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
-}
-
-void click(const QPoint& place) {
-    xdotool({QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y()),
-             QStringLiteral("click"), QStringLiteral("1")});
-}
-
-void pressKey(const char* key) {
-    xdotool({QStringLiteral("key"), QString::fromLatin1(key)});
-}
-
-QImage pictureOfScreen() {
-    return QGuiApplication::primaryScreen()->grabWindow(0).toImage().convertToFormat(QImage::Format_RGB32);
-}
 
 /// Another program: a tray or a panel, ended with this object.
 class Program {
@@ -301,14 +279,6 @@ protected:
             home.filePath(QStringLiteral("Library/Preferences/Snippets.plist")));
         const NSArray* records = content ? content->objectOfType<NSArray>("contents") : nullptr;
         return records ? records->size() : std::size_t(-1);
-    }
-
-    void keepPicture(const char* title) {
-        const QString folder = qEnvironmentVariable("VXKIT_PICTURES");
-        if (!folder.isEmpty()) {
-            QDir().mkpath(folder);
-            pictureOfScreen().save(QDir(folder).filePath(QString::fromLatin1(title) + QStringLiteral(".png")));
-        }
     }
 
     int argc = 1;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "SessionBus.h"
+#include "../SessionBus.h"
 
 #include <VXKit/platform/appkit/BlockingAnimation.h>
 #include <VXKit/platform/appkit/NSApplication.h>

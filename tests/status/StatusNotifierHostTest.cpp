@@ -2,6 +2,7 @@
 #include <VXKit/platform/desktop/StatusNotifierHost.h>
 #include <VXKit/platform/desktop/StatusNotifierPixmap.h>
 
+#include <tests/SessionBus.h>
 #include <tests/status/StatusTest.h>
 
 #include <QCoreApplication>
@@ -14,9 +15,7 @@
 #include <QElapsedTimer>
 #include <QImage>
 #include <QPainter>
-#include <QProcess>
 #include <QSignalSpy>
-#include <QStandardPaths>
 #include <QTest>
 #include <QVariantMap>
 #include <QWidget>
@@ -38,32 +37,6 @@ constexpr QSize itemSize(20, 22);
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
-
-/// A session bus for one test, in place of the person's.
-class SessionBus {
-public:
-    SessionBus() {
-        m_daemon.start(QStringLiteral("dbus-daemon"),
-                       {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
-        if (m_daemon.waitForReadyRead()) {
-            m_address = m_daemon.readLine().trimmed();
-            qputenv("DBUS_SESSION_BUS_ADDRESS", m_address);
-        }
-    }
-    ~SessionBus() {
-        m_daemon.kill();
-        m_daemon.waitForFinished();
-    }
-    SessionBus(const SessionBus&) = delete;
-    SessionBus& operator=(const SessionBus&) = delete;
-
-    static bool canBeHad() { return !QStandardPaths::findExecutable(QStringLiteral("dbus-daemon")).isEmpty(); }
-    [[nodiscard]] QString address() const { return QString::fromLatin1(m_address); }
-
-private:
-    QProcess m_daemon;
-    QByteArray m_address;
-};
 
 } // namespace
 
