@@ -160,31 +160,31 @@ bool SnippetsTour::showAdded() {
 
 bool SnippetsTour::showRenamed() {
     SnippetsWindow& window = m_application.window();
-    const QString title = window.selectedSnippet()->title();
+    const QString title = QStringLiteral("A title of its own");
     // The sheet has the old title selected, so that the first letter replaces it.
     const bool isAnswered =
-        answerSheet([&] { window.renameSelected(); }, QStringLiteral("05-renaming"), {Qt::Key_N, Qt::Key_Return});
-    if (!isAnswered || window.selectedSnippet()->title() == title) {
+        answerSheet([&] { window.renameSelected(); }, QStringLiteral("05-renaming"), title + QLatin1Char('\r'));
+    if (!isAnswered || window.selectedSnippet()->title() != title) {
         return fail(QStringLiteral("the selected snippet cannot be renamed"));
     }
     return true;
 }
 
-/// Calls `ask`, which shows a sheet and returns when that is answered; takes a picture of it before `keys` answer it.
-bool SnippetsTour::answerSheet(const std::function<void()>& ask, const QString& picture,
-                               const std::vector<Qt::Key>& keys) {
+/// Calls `ask`, which shows a sheet and returns when that is answered; takes a picture of it before `typed` answers it.
+bool SnippetsTour::answerSheet(const std::function<void()>& ask, const QString& picture, const QString& typed) {
     bool succeeded = false;
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, &watch, [&] {
-        NSWindow* const sheet = m_application.modalWindow();
+        const NSWindow* sheet = m_application.modalWindow();
         if (!sheet) {
             return;
         }
         watch.stop();
-        succeeded = takePicture(*sheet, picture);
-        for (const Qt::Key key : keys) {
+        succeeded = takePicture(*m_application.modalWindow(), picture);
+        for (const QChar character : typed) {
+            const int key = character == QLatin1Char('\r') ? int{Qt::Key_Return} : int{character.toUpper().unicode()};
             for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-                QKeyEvent event(type, key, Qt::NoModifier, key == Qt::Key_N ? QStringLiteral("n") : QString());
+                QKeyEvent event(type, key, Qt::NoModifier, character);
                 QCoreApplication::sendEvent(sheet->windowHandle(), &event);
             }
         }
@@ -198,7 +198,7 @@ bool SnippetsTour::showRemoved() {
     SnippetsWindow& window = m_application.window();
     const int before = window.model().totalCount();
     if (asksBeforeRemoving()) {
-        if (!answerSheet([&] { window.askToRemoveSelected(); }, QStringLiteral("06-removing"), {Qt::Key_Return})) {
+        if (!answerSheet([&] { window.askToRemoveSelected(); }, QStringLiteral("06-removing"), QStringLiteral("\r"))) {
             return false;
         }
     } else {

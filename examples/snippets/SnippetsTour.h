@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <optional>
-#include <vector>
 
 class QWidget;
 class SnippetsApplication;
@@ -31,8 +30,7 @@ private:
     [[nodiscard]] bool showAdded();
     [[nodiscard]] bool showRenamed();
     [[nodiscard]] bool showRemoved();
-    [[nodiscard]] bool answerSheet(const std::function<void()>& ask, const QString& picture,
-                                   const std::vector<Qt::Key>& keys);
+    [[nodiscard]] bool answerSheet(const std::function<void()>& ask, const QString& picture, const QString& typed);
     [[nodiscard]] bool showHelp();
     [[nodiscard]] bool tellFile() const;
     [[nodiscard]] bool takePicture(QWidget& window, const QString& name);
