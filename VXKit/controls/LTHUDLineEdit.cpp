@@ -6,6 +6,7 @@
 #include <VXKit/platform/graphics/NSBezierPath.h>
 #include <VXKit/platform/graphics/NSColor.h>
 #include <VXKit/platform/graphics/NSFont.h>
+#include <VXKit/platform/graphics/NSImage.h>
 #include <VXKit/platform/graphics/NSShadow.h>
 #include <VXKit/platform/graphics/NSStringDrawing.h>
 
@@ -129,19 +130,32 @@ void LTHUDLineEdit::drawRect(const NSRect& dirtyRect) {
 }
 
 /// Leaves its shadow in force: text and caret are to throw it too.
-void LTHUDLineEdit::drawWell() const {
-    const NSRect rect = NSInsetRect(bounds(), wellInset, wellInset);
-    NSBezierPath well = NSBezierPath::bezierPathWithRoundedRect(rect, wellRadius, wellRadius);
-    NSColor::colorWithCalibratedWhite(wellWhite, 1).set();
-    well.fill();
-
-    NSColor::colorWithCalibratedWhite(hairlineWhite, 1).set();
-    well.setLineWidth(hairlineWidth);
+void LTHUDLineEdit::drawWell() {
     NSShadow shadow;
     shadow.setShadowColor(NSColor::blackColor());
     shadow.setShadowBlurRadius(m_style.shadowBlurRadius);
+    const NSSize size = bounds().size;
+    const double pixelRatio = devicePixelRatioF();
+    // Kept, because most of the time of a repaint would go into blurring the same shadow again.
+    if (!m_well || m_well->size() != size || m_wellPixelRatio != pixelRatio) {
+        m_well = NSImage::initWithSize(size);
+        m_wellPixelRatio = pixelRatio;
+        if (!m_well->isValid()) {
+            return;
+        }
+        m_well->lockFocus(pixelRatio);
+        NSBezierPath well = NSBezierPath::bezierPathWithRoundedRect(
+            NSInsetRect({NSZeroPoint, size}, wellInset, wellInset), wellRadius, wellRadius);
+        NSColor::colorWithCalibratedWhite(wellWhite, 1).set();
+        well.fill();
+        NSColor::colorWithCalibratedWhite(hairlineWhite, 1).set();
+        well.setLineWidth(hairlineWidth);
+        shadow.set();
+        well.stroke();
+        m_well->unlockFocus();
+    }
+    m_well->drawInRect({NSZeroPoint, size}, NSZeroRect, NSCompositeSourceOver, 1);
     shadow.set();
-    well.stroke();
 }
 
 void LTHUDLineEdit::drawPlaceholder() const {

@@ -8,7 +8,10 @@
 #include <QPointer>
 #include <QString>
 
+#include <memory>
+
 class NSButton;
+class NSImage;
 
 /// What the text fields of dark panels have in common: the dark well with a light hairline and a soft shadow around a
 /// white text, the grey placeholder, and the keys that they take for themselves. Hosts use LTHUDTextField and
@@ -56,13 +59,15 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    void drawWell() const;
+    void drawWell();
     void drawPlaceholder() const;
     void pressTarget(const NSEvent& event);
     void selectNextKeyView(const NSEvent& event);
 
     Style m_style;
-    bool m_drawing = false; // its own background
+    bool m_drawing = false;          // its own background
+    std::shared_ptr<NSImage> m_well; // as it was painted last
+    double m_wellPixelRatio = 0;
     QPointer<NSButton> m_target;
     QPointer<QWidget> m_nextKeyView;
     QString m_placeholder;

@@ -92,10 +92,13 @@ NoodleZoomWindow* _createZoomWindowWithRect(NSWindow& window, const NSRect& rect
     const bool wasOneShot = window.isOneShot();
     window.setOneShot(false);
     if (window.windowNumber() < 1) {
-        // It has never been laid out and painted. Qt does both without the screen seeing any of it.
+        // It has never been laid out. Qt does that without the screen seeing any of it; the picture is painted below.
+        const bool wasUpdating = window.updatesEnabled();
         window.setAttribute(Qt::WA_DontShowOnScreen);
+        window.setUpdatesEnabled(false);
         window.orderBack(nullptr);
         window.orderOut(nullptr);
+        window.setUpdatesEnabled(wasUpdating);
         window.setAttribute(Qt::WA_DontShowOnScreen, false);
     }
     auto picture = snapshotOfWindow(window);

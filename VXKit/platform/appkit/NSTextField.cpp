@@ -62,7 +62,11 @@ QString NSTextField::stringValue() const {
 
 void NSTextField::setStringValue(const QString& string) {
     m_private->selection = {};
+    // For a text in a label that takes the keyboard, Qt makes a whole document, which nothing here needs.
+    const Qt::FocusPolicy policy = focusPolicy();
+    setFocusPolicy(Qt::NoFocus);
     setText(string);
+    setFocusPolicy(policy);
     setNeedsDisplay(true);
 }
 

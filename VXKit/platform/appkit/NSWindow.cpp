@@ -685,7 +685,12 @@ void NSWindow::orderOutNow() {
 
 void NSWindow::passKeyboardOn() {
     const NSApplication* application = NSApplication::sharedApplication();
-    NSWindow* const modal = application ? application->modalWindow() : nullptr;
+    // Of an application that was left, another program is about to have it. The keyboard counts, not what a subclass
+    // calls active.
+    if (!application || !application->NSApplication::isActive()) {
+        return;
+    }
+    NSWindow* const modal = application->modalWindow();
     const auto canTakeIt = [this](const NSWindow* window) {
         return window && window != this && window->isVisible() && window->canBecomeKeyWindow();
     };

@@ -81,7 +81,9 @@ NSRect SnapshotWindow::pictureOnStage() const {
 void SnapshotWindow::setFrame(const NSRect& frame, bool display) {
     const NSRect before = std::exchange(m_pictureFrame, frame);
     m_pictureView->setFrame(pictureOnStage());
-    updateShape();
+    if (QWidget::isVisible()) { // if not, it is cut when it is shown
+        updateShape();
+    }
     announceChange(before, m_pictureFrame);
     if (display) {
         this->display();

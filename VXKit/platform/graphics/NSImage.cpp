@@ -339,6 +339,7 @@ void NSImage::lockFocus(double pixelRatio) {
                   ratio);
             pixels = transparentImage({1, 1});
         }
+        forgetRenderings(); // or the first stroke would copy all pixels, for the sake of the one that is kept
         m_focus = std::make_unique<Focus>(std::move(pixels), isLost);
     }
     m_focus->push(m_flipped);
