@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "../ServerFocus.h"
 #include "AppKitHost.h"
 
 #include <VXKit/platform/desktop/WindowEffects.h>
@@ -265,7 +266,7 @@ TEST_F(ModalRuns, HandTheKeyboardBackFromAWindowThatTakesNoInput) {
 
 TEST_F(ModalRuns, LeaveTheKeyboardToWhatBelongsToTheirWindow) {
     later([&] {
-        EXPECT_TRUE(QTest::qWaitFor([&] { return panel.isKeyWindow(); }));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return panel.isKeyWindow() && hasServerFocus(panel); }));
         QWidget tool(&panel, Qt::Dialog);
         const auto toolHasIt = [&] { return QGuiApplication::focusWindow() == tool.windowHandle(); };
         tool.show();

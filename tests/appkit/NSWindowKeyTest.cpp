@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "AppKitHost.h"
 
+#include <VXKit/platform/appkit/NSButton.h>
+
 #include <QProcess>
 
 #include <gmock/gmock.h>
@@ -222,4 +224,93 @@ TEST_F(KeyWindows, AreActivatedByTheApplicationFromTheTopmostDown) {
     application.activateIgnoringOtherApps(true);
     EXPECT_TRUE(QTest::qWaitFor([&] { return window.isKeyWindow(); })) << "the one above takes no keys";
     EXPECT_FALSE(other.isKeyWindow());
+}
+
+TEST_F(KeyWindows, PassTheKeyboardToTheTopmostThatTakesItWhenTheyAreOrderedOut) {
+    HostWindow last{NSMakeRect(0, 0, 100, 80)};
+    show(window);
+    show(other);
+    show(last);
+    other.takesKeyboard = false;
+    last.orderOut(nullptr);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window.isKeyWindow(); }));
+    settle();
+    EXPECT_FALSE(other.isKeyWindow());
+    EXPECT_TRUE(application.isActive());
+}
+
+TEST_F(KeyWindows, PassNothingOnWhenTheApplicationHasBeenLeft) {
+    show(window);
+    show(other);
+    // As a click elsewhere does it, before the keyboard itself has gone.
+    application.deactivate();
+    other.orderOut(nullptr);
+    settle();
+    EXPECT_FALSE(window.isKeyWindow());
+}
+
+namespace {
+
+class PressedView : public NSView {
+public:
+    explicit PressedView(std::vector<std::string>& log) : m_log(log) { setFocusPolicy(Qt::StrongFocus); }
+    void keyDown(const NSEvent& event) override {
+        constexpr std::uint16_t returnKey = 36;
+        if (event.keyCode() == returnKey) {
+            m_log.emplace_back("view");
+        }
+    }
+
+private:
+    std::vector<std::string>& m_log;
+};
+
+class DefaultButtons : public KeyWindows {
+protected:
+    void SetUp() override {
+        auto view = std::make_unique<PressedView>(log);
+        view->setFrame(NSMakeRect(0, 0, 40, 40));
+        focused = view.get();
+        window.content().addSubview(view.release());
+        auto made = std::make_unique<NSButton>(NSMakeRect(50, 0, 40, 20));
+        button = made.get();
+        window.content().addSubview(made.release());
+        QObject::connect(button, &QAbstractButton::clicked, button, [this] { log.emplace_back("button"); });
+        window.setDefaultButtonCell(&button->cell());
+        show(window);
+        window.makeFirstResponder(focused);
+    }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(window.windowHandle(), key, modifiers);
+    }
+
+    std::vector<std::string> log;
+    PressedView* focused = nullptr;
+    NSButton* button = nullptr;
+};
+
+} // namespace
+
+TEST_F(DefaultButtons, AnswerReturnAndEnterWhereverTheKeyboardIs) {
+    EXPECT_EQ(window.defaultButtonCell(), &button->cell());
+    press(Qt::Key_Return);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return log.size() == 1; }));
+    press(Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return log.size() == 2; }));
+    EXPECT_THAT(log, ElementsAre("button", "button"));
+}
+
+TEST_F(DefaultButtons, LeaveReturnWithAModifierToTheView) {
+    press(Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_THAT(log, ElementsAre("view"));
+}
+
+TEST_F(DefaultButtons, LeaveReturnToTheViewWhereTheyCannotBeSeenOrAreNoMore) {
+    button->hide();
+    press(Qt::Key_Return);
+    EXPECT_THAT(log, ElementsAre("view"));
+    delete button;
+    EXPECT_EQ(window.defaultButtonCell(), nullptr);
+    press(Qt::Key_Return);
+    EXPECT_THAT(log, ElementsAre("view", "view"));
 }

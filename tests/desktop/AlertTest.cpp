@@ -2,6 +2,7 @@
 // Alerts and sheets on a real X server, answered by a keyboard and a mouse. The test is the application that shows
 // them; what it does not do itself is done from outside.
 #include "../ModalRun.h"
+#include "../ServerFocus.h"
 #include "../app/ShellHost.h"
 #include "Desktop.h"
 
@@ -55,9 +56,17 @@ protected:
     /// Does `inside` when the alert stands and has the keyboard.
     void whenRunning(LTHUDAlert& alert, const std::function<void()>& inside) {
         whenNextModalRunHasBegun(application, [this, &alert, inside] {
-            EXPECT_TRUE(waitFor([&] { return alert.window().isKeyWindow(); })) << "it does not get the keyboard";
+            EXPECT_TRUE(waitFor([&] { return alert.window().isKeyWindow() && hasServerFocus(alert.window()); }))
+                << "it does not get the keyboard";
             ++runs;
             inside();
+            // What is not answered would wait for ever.
+            QTimer::singleShot(waitingTime, &alert, [this, &alert] {
+                if (application.modalWindow() == &alert.window()) {
+                    ADD_FAILURE() << "the alert is not answered";
+                    application.abortModal();
+                }
+            });
         });
     }
 

@@ -21,7 +21,6 @@
 #include <cmath>
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

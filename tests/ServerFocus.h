@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QGuiApplication>
+#include <QWidget>
+
+#include <cstdlib>
+#include <memory>
+
+#include <xcb/xcb.h>
+
+/// Whether keys go to `window` by the word of the X server, which Qt's follows late and sometimes runs ahead of. True
+/// on other platforms, which have nobody else to ask.
+inline bool hasServerFocus(const QWidget& window) {
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (!x11) {
+        return true;
+    }
+    xcb_connection_t* const connection = x11->connection();
+    const std::unique_ptr<xcb_get_input_focus_reply_t, decltype(&std::free)> focus(
+        xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr), &std::free);
+    return focus && focus->focus == static_cast<xcb_window_t>(window.internalWinId());
+}
