@@ -42,6 +42,7 @@ def with_all_included(file: pathlib.Path, folders: list[pathlib.Path]) -> list[p
     return sorted(found)
 
 
+@functools.cache
 def version_of(*command: str) -> str:
     output = subprocess.run(command, check=True, capture_output=True, text=True).stdout
     return " ".join(output.split("\n")[:2])
@@ -66,8 +67,8 @@ class Check:
     def files(self, tracked: list[pathlib.Path]) -> list[pathlib.Path]:
         raise NotImplementedError
 
-    def version(self) -> str:
-        """Of the program that checks, and of its configuration."""
+    def version(self, file: pathlib.Path) -> str:
+        """Of the program that checks, and of its configuration for the file."""
         raise NotImplementedError
 
     def command(self, file: pathlib.Path) -> list[str]:
@@ -80,8 +81,9 @@ class Tidy(Check):
     def files(self, tracked):
         return [file for file in tracked if file.suffix == ".cpp"]
 
-    def version(self):
-        return version_of("clang-tidy", "--version") + (ROOT / ".clang-tidy").read_text()
+    def version(self, file):
+        folder = next(folder for folder in file.parents if (folder / ".clang-tidy").is_file())
+        return version_of("clang-tidy", "--version") + contents(folder / ".clang-tidy").decode()
 
     def command(self, file):
         if file not in self.compile_commands:
@@ -101,7 +103,7 @@ class Headers(Check):
         words = shlex.split(entry["command"])[1:]
         return words[: words.index("-o")]
 
-    def version(self):
+    def version(self, file):
         return version_of("g++", "--version")
 
     def command(self, file):
@@ -113,9 +115,9 @@ class Headers(Check):
 CHECKS = {"tidy": Tidy, "headers": Headers}
 
 
-def run(check: Check, version: str, file: pathlib.Path, passed: pathlib.Path) -> str:
+def run(check: Check, file: pathlib.Path, passed: pathlib.Path) -> str:
     """What the check says of the file; nothing where it passes, or did so before."""
-    digest = hashlib.sha256(version.encode())
+    digest = hashlib.sha256(check.version(file).encode())
     for dependency in with_all_included(file, check.include_folders):
         digest.update(str(dependency).encode() + b"\0" + contents(dependency) + b"\0")
     command = check.command(file)
@@ -136,13 +138,12 @@ def run(check: Check, version: str, file: pathlib.Path, passed: pathlib.Path) ->
 def main() -> int:
     name, build = sys.argv[1], pathlib.Path(sys.argv[2]).resolve()
     check = CHECKS[name](build)
-    version = check.version()
     passed = build / "passed" / name
     passed.mkdir(parents=True, exist_ok=True)
     files = check.files([(ROOT / line).resolve() for line in sys.stdin.read().splitlines()])
     failed = False
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        for said in pool.map(lambda file: run(check, version, file, passed), files):
+        for said in pool.map(lambda file: run(check, file, passed), files):
             if said:
                 failed = True
                 print(said, flush=True)
