@@ -13,7 +13,6 @@
 
 #include <gmock/gmock.h>
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
