@@ -149,7 +149,20 @@ void LTHUDWindow::updateBackground() {
     if (!(size.width > 0 && size.height > 0)) {
         return;
     }
-    const auto image = NSImage::initWithSize(size);
+    const Look look{size, devicePixelRatioF(), isSheet(), _hasButtonLane, VXApplicationIsActive()};
+    // A window is sized and displayed several times until it stands, and looks the same most of the time.
+    if (look != m_look || !m_background) {
+        m_look = look;
+        m_background = makeBackground();
+    }
+    if (backgroundColor().patternImage() != m_background) {
+        setBackgroundColor(NSColor::colorWithPatternImage(m_background));
+    }
+}
+
+std::shared_ptr<NSImage> LTHUDWindow::makeBackground() const {
+    const NSSize size = m_look.size;
+    auto image = NSImage::initWithSize(size);
     image->lockFocus();
     const NSRect bounds{NSZeroPoint, size};
     NSBezierPath outline = NSBezierPath::bezierPathWithRoundedRect(bounds, cornerRadius, cornerRadius);
@@ -172,7 +185,7 @@ void LTHUDWindow::updateBackground() {
         drawSlotShadow(size);
     }
     image->unlockFocus();
-    setBackgroundColor(NSColor::colorWithPatternImage(image));
+    return image;
 }
 
 void LTHUDWindow::runHUDSheetForWindow(NSWindow& parent) {

@@ -4,7 +4,10 @@
 #include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
 
+#include <memory>
 #include <vector>
+
+class NSImage;
 
 /// The kit's dark translucent panel.
 ///
@@ -58,9 +61,23 @@ public:
     void updateBackground();
 
 private:
+    /// All that the background depends on.
+    struct Look {
+        NSSize size;
+        double pixelRatio = 0;
+        bool isSheet = false;
+        bool hasButtonLane = false;
+        bool isActive = false;
+
+        friend bool operator==(const Look&, const Look&) = default;
+    };
+
     [[nodiscard]] static NSRect clamped(NSRect frame);
+    [[nodiscard]] std::shared_ptr<NSImage> makeBackground() const;
 
     bool _hasButtonLane = true;
+    Look m_look;                           // of m_background
+    std::shared_ptr<NSImage> m_background; // as it was painted last
     std::vector<NSNotificationObservation> m_observations;
 };
 
