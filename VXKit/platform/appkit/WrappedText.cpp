@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/appkit/WrappedText.h>
 
+#include <VXKit/platform/graphics/TextLines.h>
+
 #include <QChar>
 #include <QFontMetricsF>
 #include <QList>
@@ -21,32 +23,14 @@ namespace {
 
 constexpr double largestReduction = 2; // points of the font's size
 
-// A line must fit in a frame of just its measured size, though the layout counts in 64ths of a point and frames may
-// have been kept in less precise numbers.
-constexpr double tolerance = 1.0 / 16;
-
 constexpr QChar ellipsis(u'\u2026');
 
 // No area is wide enough for a line longer than this, and measuring one takes time.
 constexpr int longestLine = 4096; // units of UTF-16
 
-QString withLineSeparators(QString text) {
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    for (const QChar end : {QChar(u'\n'), QChar(u'\r'), QChar(QChar::ParagraphSeparator)}) {
-        text.replace(end, QChar(QChar::LineSeparator));
-    }
-    return text;
-}
-
-double lineHeight(const QFontMetricsF& metrics) {
-    return metrics.height() + metrics.leading();
-}
-
 int linesIn(double height, const QFontMetricsF& metrics) {
-    return std::max(1, static_cast<int>(std::floor((height + tolerance) / lineHeight(metrics))));
+    return std::max(1, static_cast<int>(std::floor((height + textTolerance) / lineHeight(metrics))));
 }
-
-enum class Breaking { AtWords, Not };
 
 /// At most `lineLimit` lines.
 std::unique_ptr<QTextLayout> layOut(const QString& text, const NSFont& font, double width, int lineLimit) {
@@ -62,7 +46,7 @@ std::unique_ptr<QTextLayout> layOut(const QString& text, const NSFont& font, dou
         if (!line.isValid()) {
             break;
         }
-        line.setLineWidth(width + tolerance);
+        line.setLineWidth(width + textTolerance);
         // The baselines are the font's own, also where a character of another font makes its line higher.
         const double baseline = number * lineHeight(metrics) + metrics.leading() + metrics.ascent();
         line.setPosition({0, baseline - line.ascent()});
@@ -101,7 +85,7 @@ WrappedText::WrappedText(QString string, const NSFont& font, const NSSize& size)
     QString rest = m_text.mid(lastStart, longestLine);
     rest.replace(QChar(QChar::LineSeparator), QChar(QChar::Space));
     const QFontMetricsF metrics(drawnFont.qtFont());
-    QString lastLine = metrics.elidedText(rest + ellipsis, Qt::ElideRight, size.width + tolerance);
+    QString lastLine = metrics.elidedText(rest + ellipsis, Qt::ElideRight, size.width + textTolerance);
     if (lastLine.isEmpty()) {
         lastLine = ellipsis;
     }

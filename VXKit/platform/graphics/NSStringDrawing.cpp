@@ -2,6 +2,7 @@
 #include <VXKit/platform/graphics/NSStringDrawing.h>
 
 #include <VXKit/platform/graphics/NSGraphicsContext.h>
+#include <VXKit/platform/graphics/TextLines.h>
 
 #include <QBrush>
 #include <QChar>
@@ -24,25 +25,12 @@ namespace {
 // numbers of the layout.
 constexpr double unlimitedWidth = 1 << 20;
 
-// A string must fit in a rectangle of just its measured width, though the layout counts in 64ths of a point.
-constexpr double widthTolerance = 1.0 / 16;
-
 constexpr double tabInterval = 28;
-
-// Every kind of line end as the one that the layout knows.
-QString withLineSeparators(const QString& string) {
-    QString text = string;
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    for (const QChar end : {QChar(u'\n'), QChar(u'\r'), QChar(QChar::ParagraphSeparator)}) {
-        text.replace(end, QChar(QChar::LineSeparator));
-    }
-    return text;
-}
 
 QString withEveryLineElided(const QString& text, const QFontMetricsF& metrics, double width) {
     QStringList lines = text.split(QChar(QChar::LineSeparator));
     for (QString& line : lines) {
-        line = metrics.elidedText(line, Qt::ElideRight, width + widthTolerance);
+        line = metrics.elidedText(line, Qt::ElideRight, width + textTolerance);
     }
     return lines.join(QChar(QChar::LineSeparator));
 }
@@ -66,7 +54,7 @@ public:
         case NSLineBreakByWordWrapping:
             break;
         }
-        return {text, attributes, width + widthTolerance, {}};
+        return {text, attributes, width + textTolerance, {}};
     }
 
     NSSize size() const { return {m_width, static_cast<double>(m_layout->lineCount()) * lineHeight()}; }
@@ -81,7 +69,7 @@ public:
         }
     }
 
-    double lineHeight() const { return m_metrics.height() + m_metrics.leading(); }
+    double lineHeight() const { return ::lineHeight(m_metrics); }
 
 private:
     Lines(const QString& text, const NSTextAttributes& attributes, double lineWidth, QTextOption::Flags flags)
@@ -154,7 +142,7 @@ void drawLines(const Lines& lines, const NSRect& rect, const NSTextAttributes& a
     brush.setTransform(brush.transform() * textToContext.inverted());
 
     const NSSize size = lines.size();
-    const bool fits = size.width <= NSWidth(rect) + widthTolerance && size.height <= NSHeight(rect) + widthTolerance;
+    const bool fits = size.width <= NSWidth(rect) + textTolerance && size.height <= NSHeight(rect) + textTolerance;
     // Glyphs may reach over the box of their line.
     const double overhang = lines.lineHeight();
     const QRectF box = NSRectToQRectF(rect);
