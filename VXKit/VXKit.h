@@ -23,6 +23,7 @@
 #include <VXKit/hud/LTHUDWindow.h>
 #include <VXKit/hud/NSWindow+NSWindowAdditions.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
+#include <VXKit/platform/appkit/KeyCodes.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSButton.h>
 #include <VXKit/platform/appkit/NSButtonCell.h>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/controls/LTHUDLineEdit.h>
 
+#include <VXKit/platform/appkit/KeyCodes.h>
 #include <VXKit/platform/appkit/NSButton.h>
 #include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/graphics/NSBezierPath.h>
@@ -16,10 +17,6 @@
 
 namespace {
 
-constexpr std::uint16_t returnKey = 36;
-constexpr std::uint16_t enterKey = 76;
-constexpr std::uint16_t tabKey = 48;
-
 // Lengths in points, whites and alphas from 0 to 1.
 constexpr double wellInset = 0.5;
 constexpr double wellRadius = 4;
@@ -30,10 +27,6 @@ constexpr double placeholderWhite = 0.65;
 constexpr double disabledPlaceholderAlpha = 0.4;
 constexpr double placeholderSize = 12;
 constexpr double placeholderX = 10;
-
-bool isReturn(const NSEvent& event) {
-    return event.keyCode() == returnKey || event.keyCode() == enterKey;
-}
 
 } // namespace
 
@@ -74,9 +67,9 @@ bool LTHUDLineEdit::resignFirstResponder() {
 }
 
 void LTHUDLineEdit::keyDown(const NSEvent& event) {
-    if (isReturn(event)) {
+    if (isReturnOrEnter(event)) {
         pressTarget(event);
-    } else if (event.keyCode() == tabKey) {
+    } else if (event.keyCode() == NSTabKeyCode) {
         selectNextKeyView(event);
     } else {
         PlainLineEdit::keyDown(event);
@@ -84,7 +77,7 @@ void LTHUDLineEdit::keyDown(const NSEvent& event) {
 }
 
 bool LTHUDLineEdit::performKeyEquivalent(const NSEvent& event) {
-    if (isReturn(event) && m_target && isFirstResponder()) {
+    if (isReturnOrEnter(event) && m_target && isFirstResponder()) {
         pressTarget(event);
         return true;
     }

@@ -19,6 +19,7 @@
 #include <QString>
 #include <QWidget>
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -59,6 +60,28 @@ inline QImage kitPixels(const QString& name, double ratio) {
     QImage image = VXKitImage(name)->imageForScale(ratio);
     image.setDevicePixelRatio(1);
     return image;
+}
+
+/// The image of a control in one of its states.
+struct Look {
+    bool isPressed;
+    bool isOn;
+    const char* name;
+};
+
+/// That a person can tell each state from every other.
+inline void expectImagesToDiffer(const std::array<Look, 4>& looks) {
+    constexpr int visibleDifference = 30;
+    for (const Look& look : looks) {
+        for (const Look& other : looks) {
+            if (&look != &other) {
+                EXPECT_GE(difference(kitPixels(QString::fromLatin1(look.name), 1),
+                                     kitPixels(QString::fromLatin1(other.name), 1)),
+                          visibleDifference)
+                    << look.name << " and " << other.name;
+            }
+        }
+    }
 }
 
 /// The panel behind `control` with the image `name` of the kit copied onto it, its top left corner at `corner` in

@@ -14,12 +14,6 @@ namespace {
 using LTHUDRadioButtonTest = HUDButtonHost;
 using LTHUDRadioButtonCellTest = HUDButtonHost;
 
-struct Look {
-    bool isPressed;
-    bool isOn;
-    const char* name;
-};
-
 constexpr std::array looks{Look{false, false, "HUDRadioNormal"}, Look{false, true, "HUDRadioSelectedNormal"},
                            Look{true, false, "HUDRadioPressed"}, Look{true, true, "HUDRadioSelectedPressed"}};
 
@@ -43,16 +37,7 @@ TEST_F(LTHUDRadioButtonTest, ShowsTheImageOfItsStateAtItsTopLeft) {
 }
 
 TEST_F(LTHUDRadioButtonTest, HasFourImagesThatDiffer) {
-    for (const Look& look : looks) {
-        for (const Look& other : looks) {
-            if (&look != &other) {
-                EXPECT_GE(difference(kitPixels(QString::fromLatin1(look.name), 1),
-                                     kitPixels(QString::fromLatin1(other.name), 1)),
-                          30)
-                    << look.name << " and " << other.name;
-            }
-        }
-    }
+    expectImagesToDiffer(looks);
 }
 
 TEST_F(LTHUDRadioButtonTest, DrawsItsTitleBesideTheCircle) {

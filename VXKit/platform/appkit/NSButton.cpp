@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/appkit/NSButton.h>
 
+#include <VXKit/platform/appkit/KeyCodes.h>
 #include <VXKit/platform/appkit/NSEvent.h>
 #include <VXKit/platform/appkit/TitleMnemonic.h>
 #include <VXKit/platform/graphics/NSFont.h>
@@ -9,7 +10,6 @@
 #include <QFocusEvent>
 
 #include <cmath>
-#include <cstdint>
 #include <utility>
 
 template class ViewOf<QAbstractButton>;
@@ -19,21 +19,16 @@ namespace {
 constexpr QChar escapeCharacter(u'\x1b');
 constexpr QChar returnCharacter(u'\r');
 
-// By their places on the keyboard.
-constexpr std::uint16_t returnKeyCode = 36;
-constexpr std::uint16_t keypadEnterKeyCode = 76;
-constexpr std::uint16_t escapeKeyCode = 53;
-
 bool isControlCharacter(const QString& text) {
     return text.size() == 1 && text.at(0).category() == QChar::Other_Control;
 }
 
 /// Whether the key of `event` makes the character `text`, by itself or with other characters on the same key.
 bool makes(const QString& text, const NSEvent& event) {
-    if (text == escapeCharacter && event.keyCode() == escapeKeyCode) {
+    if (text == escapeCharacter && event.keyCode() == NSEscapeKeyCode) {
         return true;
     }
-    if (text == returnCharacter && (event.keyCode() == returnKeyCode || event.keyCode() == keypadEnterKeyCode)) {
+    if (text == returnCharacter && isReturnOrEnter(event)) {
         return true;
     }
     return event.charactersIgnoringModifiers() == text;

@@ -3,6 +3,7 @@
 
 #include <VXKit/platform/appkit/Backdrop.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
+#include <VXKit/platform/appkit/KeyCodes.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSButton.h>
 #include <VXKit/platform/appkit/NSButtonCell.h>
@@ -23,7 +24,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <span>
 #include <utility>
 
@@ -34,8 +34,6 @@ constexpr double resizeDistance = 150;       // … for each so many points
 constexpr double shareAboveCentre = 1.0 / 3; // of the free height, above a centred window
 constexpr int solidAlpha = 128; // from here on a pixel belongs to the window where it cannot be translucent
 constexpr int transparent = 0;
-constexpr std::uint16_t returnKeyCode = 36;
-constexpr std::uint16_t enterKeyCode = 76;
 constexpr double windowWhite = 0.93;
 
 int screenUpdatesDisabled = 0;
@@ -896,9 +894,9 @@ NSButtonCell* NSWindow::defaultButtonCell() const {
 }
 
 bool NSWindow::pressDefaultButton(const NSEvent& event) {
-    const bool isReturn = event.keyCode() == returnKeyCode || event.keyCode() == enterKeyCode;
     constexpr unsigned others = NSCommandKeyMask | NSAlternateKeyMask | NSControlKeyMask;
-    if (!isReturn || (event.modifierFlags() & others) != 0 || !m_defaultButton || !m_defaultButton->isVisible()) {
+    if (!isReturnOrEnter(event) || (event.modifierFlags() & others) != 0 || !m_defaultButton ||
+        !m_defaultButton->isVisible()) {
         return false;
     }
     // A key that is held was pressed for what was there before.
