@@ -239,6 +239,14 @@ TEST_F(KeyWindows, PassTheKeyboardToTheTopmostThatTakesItWhenTheyAreOrderedOut) 
     EXPECT_TRUE(application.isActive());
 }
 
+TEST_F(KeyWindows, PassTheKeyboardOnWhenTheyAreClosed) {
+    show(window);
+    show(other);
+    other.close();
+    EXPECT_FALSE(other.isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window.isKeyWindow(); }));
+}
+
 TEST_F(KeyWindows, PassNothingOnWhenTheApplicationHasBeenLeft) {
     show(window);
     show(other);

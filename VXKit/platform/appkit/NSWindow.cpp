@@ -1000,8 +1000,13 @@ void NSWindow::closeEvent(QCloseEvent* event) {
     const QPointer<NSWindow> self(this);
     ++m_orderings;
     post(NSWindowWillCloseNotification, this);
-    if (self) {
-        QWidget::closeEvent(event);
+    if (!self) {
+        return;
+    }
+    QWidget::closeEvent(event);
+    // Here and not by Qt's hiding alone, so that the keyboard passes on as from any window that is ordered out.
+    if (event->isAccepted() && QWidget::isVisible()) {
+        orderOutNow();
     }
 }
 
