@@ -105,6 +105,46 @@ TEST_F(AtomicFile, KeepsZeroBytes) {
     EXPECT_EQ(content(), bytes);
 }
 
+TEST_F(AtomicFile, ShowsTheOldFileAndTheCompleteNewOneRightBeforeTheReplacement) {
+    write("file", "old");
+    ASSERT_TRUE(QFile::link(QStringLiteral("file"), path("link")));
+    VXReplacement replacement;
+    replacement.aboutToReplace = [&](const QByteArray& target) {
+        EXPECT_EQ(target, QFile::encodeName(path("file")));
+        EXPECT_EQ(content("file"), "old");
+        QStringList others = names();
+        others.removeAll(QStringLiteral("file"));
+        others.removeAll(QStringLiteral("link"));
+        ASSERT_EQ(others.size(), 1);
+        EXPECT_EQ(content(qPrintable(others[0])), "new");
+        EXPECT_EQ(replacement.written, std::nullopt);
+    };
+    ASSERT_TRUE(VXWriteFileAtomically(path("link"), "new", replacement, &error));
+    EXPECT_EQ(content("file"), "new");
+    EXPECT_EQ(replacement.written, VXStateOfFile(QFile::encodeName(path("link"))));
+}
+
+TEST_F(AtomicFile, TellsByItsStateAnyLaterWrite) {
+    VXReplacement replacement;
+    ASSERT_TRUE(VXWriteFileAtomically(path(), "own", replacement, &error));
+    if (!replacement.stateTellsEveryChange) {
+        GTEST_SKIP() << "the times of this file system are coarse";
+    }
+    EXPECT_EQ(VXStateOfFile(QFile::encodeName(path())), replacement.written);
+    for (int round = 0; round < 200; ++round) {
+        ASSERT_TRUE(VXWriteFileAtomically(path(), "own", replacement, &error));
+        write("file", "two");
+        ASSERT_NE(VXStateOfFile(QFile::encodeName(path()))->modified, replacement.written->modified);
+    }
+}
+
+TEST_F(AtomicFile, KnowsTheStateOfRegularFilesOnly) {
+    EXPECT_EQ(VXStateOfFile(QFile::encodeName(path("missing"))), std::nullopt);
+    EXPECT_EQ(VXStateOfFile(QFile::encodeName(folder.path())), std::nullopt);
+    write("file", "four");
+    EXPECT_EQ(VXStateOfFile(QFile::encodeName(path("file")))->size, 4);
+}
+
 TEST_F(AtomicFile, FollowsLinksAndLeavesThemLinks) {
     ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("elsewhere")));
     write("elsewhere/real", "old");

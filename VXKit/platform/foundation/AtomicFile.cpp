@@ -10,12 +10,23 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <dirent.h>
 #include <fcntl.h>
 #include <memory>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
+
+/// What a file that is being written is called until it is complete; mkostemp fills in the last six characters.
+constexpr std::string_view temporaryName = ".vxkit-XXXXXX";
+constexpr std::size_t madeUpCharacters = 6;
+
+constexpr std::int64_t nanosecondsPerSecond = 1000000000;
+constexpr std::int64_t nanosecondsPerDay = nanosecondsPerSecond * 24 * 60 * 60;
 
 class FileDescriptor {
 public:
@@ -86,6 +97,44 @@ bool syncFolder(const QByteArray& folder) {
     return descriptor.isOpen() && (::fsync(descriptor.get()) == 0 || errno == EINVAL);
 }
 
+std::int64_t nanosecondsOf(const timespec& time) {
+    return std::int64_t{time.tv_sec} * nanosecondsPerSecond + time.tv_nsec;
+}
+
+timespec currentTime() {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return now;
+}
+
+VXFileState stateIn(const struct stat& status) {
+    return {status.st_dev, status.st_ino, status.st_size, nanosecondsOf(status.st_mtim), nanosecondsOf(status.st_ctim)};
+}
+
+/// Gives a file that was just written a time of modification to the microsecond; answers whether it has it now.
+bool setExactTime(int descriptor) {
+    constexpr long nanosecondsPerMicrosecond = 1000;
+    timespec times[] = {{0, UTIME_OMIT}, currentTime()};
+    times[1].tv_nsec -= times[1].tv_nsec % nanosecondsPerMicrosecond;
+    struct stat status {};
+    return ::futimens(descriptor, times) == 0 && ::fstat(descriptor, &status) == 0 &&
+           nanosecondsOf(status.st_mtim) == nanosecondsOf(times[1]);
+}
+
+QByteArray folderOf(const QByteArray& path) {
+    const qsizetype slash = path.lastIndexOf('/');
+    return slash < 0 ? QByteArray(".") : path.left(std::max<qsizetype>(slash, 1));
+}
+
+bool isTemporaryName(std::string_view name) {
+    const std::string_view fixed = temporaryName.substr(0, temporaryName.size() - madeUpCharacters);
+    return name.size() == temporaryName.size() && name.starts_with(fixed) &&
+           std::all_of(name.begin() + static_cast<std::ptrdiff_t>(fixed.size()), name.end(), [](char character) {
+               return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
+                      (character >= 'a' && character <= 'z');
+           });
+}
+
 mode_t currentUmask() {
     const mode_t mask = ::umask(0);
     ::umask(mask);
@@ -95,6 +144,11 @@ mode_t currentUmask() {
 } // namespace
 
 bool VXWriteFileAtomically(const QString& path, std::string_view bytes, NSError* error) {
+    VXReplacement replacement;
+    return VXWriteFileAtomically(path, bytes, replacement, error);
+}
+
+bool VXWriteFileAtomically(const QString& path, std::string_view bytes, VXReplacement& replacement, NSError* error) {
     const QByteArray given = QFile::encodeName(path);
     const auto fail = [&](const char* step) {
         NSSetError(error, failure(given, step));
@@ -117,8 +171,8 @@ bool VXWriteFileAtomically(const QString& path, std::string_view bytes, NSError*
     }
 
     const qsizetype slash = target.lastIndexOf('/');
-    const QByteArray folder = slash < 0 ? QByteArray(".") : target.left(std::max<qsizetype>(slash, 1));
-    QByteArray temporary = (slash < 0 ? QByteArray() : target.left(slash + 1)) + ".vxkit-XXXXXX";
+    QByteArray temporary = slash < 0 ? QByteArray() : target.left(slash + 1);
+    temporary.append(temporaryName.data(), static_cast<qsizetype>(temporaryName.size()));
     FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
     if (!file.isOpen()) {
         return fail("create a file beside it");
@@ -142,13 +196,60 @@ bool VXWriteFileAtomically(const QString& path, std::string_view bytes, NSError*
     if (!writeAll(file.get(), bytes)) {
         return giveUp("write");
     }
-    if (::fsync(file.get()) != 0 || !file.close()) {
+    const bool hasExactTime = setExactTime(file.get());
+    if (::fsync(file.get()) != 0) {
         return giveUp("bring it to the disk");
+    }
+    // To know this very file again when its name has changed, whoever may have put another in its place by then.
+    const FileDescriptor written(::open(temporary.constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (!file.close()) {
+        return giveUp("bring it to the disk");
+    }
+    struct stat complete {};
+    const bool knowsState = written.isOpen() && ::fstat(written.get(), &complete) == 0;
+    if (replacement.aboutToReplace) {
+        replacement.aboutToReplace(target);
     }
     if (::rename(temporary.constData(), target.constData()) != 0) {
         return giveUp("replace it");
     }
-    return syncFolder(folder) || fail("bring its folder to the disk");
+    struct stat inPlace {};
+    if (knowsState && ::fstat(written.get(), &inPlace) == 0) {
+        // The new name has changed the time of change, and nothing else: anything else was somebody else's doing.
+        VXFileState state = stateIn(complete);
+        if (inPlace.st_size == complete.st_size && nanosecondsOf(inPlace.st_mtim) == state.modified) {
+            state.changed = nanosecondsOf(inPlace.st_ctim);
+        }
+        replacement.written = state;
+        replacement.stateTellsEveryChange = hasExactTime;
+    }
+    return syncFolder(folderOf(target)) || fail("bring its folder to the disk");
+}
+
+std::optional<VXFileState> VXStateOfFile(const QByteArray& path) {
+    struct stat status {};
+    if (::stat(path.constData(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    return stateIn(status);
+}
+
+void VXRemoveLeftoversOfAtomicWrites(const QString& path) {
+    const QByteArray target = targetOfLinks(QFile::encodeName(path));
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(folderOf(target).constData()), ::closedir);
+    if (target.isEmpty() || !folder) {
+        return;
+    }
+    const std::int64_t now = nanosecondsOf(currentTime());
+    while (const dirent* entry = ::readdir(folder.get())) {
+        struct stat status {};
+        if (isTemporaryName(entry->d_name) &&
+            ::fstatat(::dirfd(folder.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+            S_ISREG(status.st_mode) && status.st_uid == ::geteuid() &&
+            now - nanosecondsOf(status.st_mtim) > nanosecondsPerDay) {
+            ::unlinkat(::dirfd(folder.get()), entry->d_name, 0);
+        }
+    }
 }
 
 bool VXWriteFileInPlace(const QString& path, std::string_view bytes, NSError* error) {

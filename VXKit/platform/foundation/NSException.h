@@ -12,6 +12,8 @@
 inline constexpr const char* NSInvalidArgumentException = "NSInvalidArgumentException";
 /// Name of the exception that an index beyond the end of a list raises.
 inline constexpr const char* NSRangeException = "NSRangeException";
+/// Name of the exception that a call raises at a moment at which it cannot be answered.
+inline constexpr const char* NSInternalInconsistencyException = "NSInternalInconsistencyException";
 
 /// A programming error, thrown where AppKit raises its exception of the same class.
 ///
