@@ -24,12 +24,15 @@
 #include <VXKit/hud/NSWindow+NSWindowAdditions.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
 #include <VXKit/platform/appkit/KeyCodes.h>
+#include <VXKit/platform/appkit/KeyModifiers.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSButton.h>
 #include <VXKit/platform/appkit/NSButtonCell.h>
 #include <VXKit/platform/appkit/NSEvent.h>
 #include <VXKit/platform/appkit/NSImageView.h>
+#include <VXKit/platform/appkit/NSOpenPanel.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
+#include <VXKit/platform/appkit/NSSavePanel.h>
 #include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/NSStatusBar.h>
 #include <VXKit/platform/appkit/NSStatusItem.h>

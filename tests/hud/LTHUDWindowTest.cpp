@@ -554,6 +554,17 @@ TEST_F(HUDSheet, BypassesTheWindowManagerWhereItsParentDoes) {
     });
 }
 
+TEST_F(HUDSheet, RisesToTheLevelOfItsParent) {
+    parent->setLevel(CGWindowLevelForKey(kCGModalPanelWindowLevelKey));
+    run([this] {
+        EXPECT_EQ(panel->level(), parent->level());
+        const std::vector<NSWindow*> backToFront = NSWindow::windows();
+        EXPECT_GT(std::find(backToFront.begin(), backToFront.end(), panel.get()),
+                  std::find(backToFront.begin(), backToFront.end(), parent.get()));
+        application.stopModal();
+    });
+}
+
 TEST_F(HUDSheet, BlursItsParentItselfWhereTheDesktopDoesNot) {
     // Stripes as wide as the blur, which nothing is left of.
     const auto stripes = NSImage::initWithSize({2, 1});

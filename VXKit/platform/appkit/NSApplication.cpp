@@ -264,6 +264,8 @@ void NSApplication::beginSheet(NSWindow& sheet, NSWindow& docWindow) {
     NSWindow& owner = outermostParent(docWindow);
     // A window manager would keep a sheet of its own below an owner that it does not know.
     sheet.setManagement(owner.management());
+    // Below its owner's level, it would go behind the owner each time that it is ordered in front of its own.
+    sheet.setLevel(std::max(sheet.level(), owner.level()));
     if (sheet.windowModality() == Qt::NonModal) {
         sheet.setWindowModality(Qt::WindowModal);
     }
@@ -281,7 +283,7 @@ void NSApplication::beginSheet(NSWindow& sheet, NSWindow& docWindow) {
     const QPointer<NSWindow> docGuard(&docWindow);
     const unsigned orderings = sheet.orderings();
     SnapshotWindow slide(NSOffsetRect(frame, 0, frame.size.height), frame, snapshotOfWindow(sheet));
-    slide.setLevel(std::max(sheet.level(), owner.level()));
+    slide.setLevel(sheet.level());
     if (docWindow.isVisible() && !blockingAnimationsJump()) {
         slide.orderFront(nullptr);
         slide.setFrame(frame, true, true);

@@ -80,7 +80,7 @@ public:
     void abortModalForWindow(const NSWindow& window);
     /// Shows `sheet` over `docWindow`: slides it down, in the middle across, from the top of that window's content,
     /// and returns when it is out. The sheet moves with the window, and takes its input away from it and from the
-    /// windows that it belongs to, until it is ordered out.
+    /// windows that it belongs to, until it is ordered out. It stays at least at the level of the outermost of them.
     /// AppKit: `-beginSheet:modalForWindow:modalDelegate:didEndSelector:contextInfo:`, without a delegate.
     void beginSheet(NSWindow& sheet, NSWindow& docWindow);
     /// The window of the innermost run, or null. AppKit: `-modalWindow`.
