@@ -2,18 +2,20 @@
 #include <VXKit/database/LTDatabase.h>
 
 #include <VXKit/app/LTApplicationProtocol.h>
+#include <VXKit/database/LTDatabaseLocation.h>
+#include <VXKit/database/_LTDatabaseFile.h>
 #include <VXKit/database/_LTSnippetIndex.h>
 #include <VXKit/platform/appkit/NSApplication.h>
+#include <VXKit/platform/foundation/AtomicFile.h>
 #include <VXKit/platform/foundation/NSException.h>
 #include <VXKit/platform/foundation/NSLog.h>
 #include <VXKit/platform/foundation/NSTimer.h>
 #include <VXKit/platform/foundation/NSUserDefaults.h>
 #include <VXKit/support/VXLog.h>
 
-#include <QDir>
 #include <QFileInfo>
+#include <QScopeGuard>
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -51,17 +53,7 @@ void checkSnippet(const std::shared_ptr<_LTSnippet>& snippet) {
 /// Removes the first record whose ID equals that of `snippet`; tells whether there was one.
 bool removeFirstWithIDOf(const _LTSnippet& snippet, LTSnippetArray& list) {
     const std::optional<NSDate> snippetID = snippet.snippetID();
-    if (!snippetID || !list.containsSnippetID(*snippetID)) {
-        return false;
-    }
-    const auto found = std::find_if(list.begin(), list.end(), [&](const LTSnippetArray::Snippet& candidate) {
-        return candidate->snippetID() == snippetID;
-    });
-    if (found == list.end()) {
-        return false;
-    }
-    list.removeObjectAtIndex(static_cast<std::size_t>(found - list.begin()));
-    return true;
+    return snippetID && list.removeFirstObjectWithSnippetID(*snippetID);
 }
 
 /// Calls `work` with each record of `list`, by index and with the count read again each time: a record's own code may
@@ -88,9 +80,17 @@ SharedDatabase& shared() {
     return sharedDatabase;
 }
 
+/// A dialog of the loading lets the event loop run, and what that calls may ask for the store.
+void refuseWhileLoading() {
+    if (shared().loading) {
+        throw NSException(NSInternalInconsistencyException,
+                          QStringLiteral("The shared database was asked for while it is being opened"));
+    }
+}
+
 } // namespace
 
-LTDatabase::LTDatabase() = default;
+LTDatabase::LTDatabase() : m_file(std::make_unique<_LTDatabaseFile>()) {}
 
 LTDatabase::~LTDatabase() = default;
 
@@ -98,17 +98,26 @@ std::shared_ptr<LTDatabase> LTDatabase::sharedDBMadeBy(MakeDatabase makeDatabase
     if (std::shared_ptr<LTDatabase> database = shared().database.lock()) {
         return database;
     }
+    refuseWhileLoading();
     shared().loading = true;
-    std::shared_ptr<LTDatabase> database = makeDatabase();
-    const QDir folder(QDir::homePath() + QStringLiteral("/Library/Preferences"));
-    if (!folder.mkpath(QStringLiteral("."))) {
-        NSLog("%@: cannot create the folder of the database", folder.path());
+    const auto hasLoaded = qScopeGuard([] { shared().loading = false; });
+    return LTDatabaseLocation(makeDatabase).openDatabase();
+}
+
+void LTDatabase::reloadFromDefaultDBMadeBy(MakeDatabase makeDatabase) {
+    refuseWhileLoading();
+    if (std::shared_ptr<LTDatabase> before = shared().database.lock()) {
+        before->saveDB();
+        setSharedDB(nullptr);
     }
-    database->initWithFile(folder.filePath(database->databaseFileName()));
-    shared().reference = database;
+    LTDatabaseLocation::returnToDefault();
+    sharedDBMadeBy(makeDatabase);
+}
+
+void LTDatabase::setSharedDB(const std::shared_ptr<LTDatabase>& database) {
     shared().database = database;
-    shared().loading = false;
-    return database;
+    // Let go at the end: the one before may be destroyed here, and saves itself then.
+    const std::shared_ptr<LTDatabase> before = std::exchange(shared().reference, database);
 }
 
 bool LTDatabase::isDirty() {
@@ -135,8 +144,9 @@ void LTDatabase::initWithFile(const QString& path) {
     m_releaseAtTermination = centre.addObserverForName(NSApplicationWillTerminateNotification, nullptr,
                                                        [this](const NSNotification&) { releaseSharedReference(); });
 
+    VXRemoveLeftoversOfAtomicWrites(path);
     if (QFileInfo::exists(path)) {
-        _loadWithDictionary(NSDictionary::dictionaryWithContentsOfFile(path));
+        loadFile();
     } else {
         _loadWithDictionary(NSDictionary{{versionKey, databaseVersion()}, {contentsKey, NSArray()}});
     }
@@ -150,15 +160,38 @@ void LTDatabase::initWithFile(const QString& path) {
                                                     [this](const NSNotification&) { saveDB(); });
     m_endOfSyncing = centre.addObserverForName(LTSyncManagerHasEndedSyncing, nullptr,
                                                [this](const NSNotification& ended) { syncingHasEnded(ended); });
+    m_hasLoaded = true;
+}
+
+void LTDatabase::loadFile() {
+    const std::optional<NSDictionary> dictionary = m_file->read(_path);
+    _loadWithDictionary(dictionary);
+    if (!dictionary) {
+        return;
+    }
+    const auto* version = dictionary->objectOfType<std::string>(versionKey);
+    if (version && *version != databaseVersion().toStdString()) {
+        m_file->noteVersion(QString::fromStdString(*version));
+        return;
+    }
+    const NSPropertyList* contents = dictionary->objectForKey(contentsKey);
+    const std::size_t elements = contents && contents->as<NSArray>() ? contents->as<NSArray>()->size() : 0;
+    const bool hasOtherContents = contents && !contents->as<NSArray>();
+    if (!version || hasOtherContents || elements != _snippets.count()) {
+        m_file->noteUnreadable();
+    }
 }
 
 /// The deleter of every store. It runs while the store is still of its own class, so saving asks that class for its
 /// version and its records; in a destructor it would ask the base class.
 void LTDatabase::dealloc(LTDatabase* database) {
-    try {
-        database->saveDB();
-    } catch (const std::exception& exception) {
-        NSLog("%@: not saved: %s", database->_path, exception.what());
+    // One whose loading failed would put a part of the file, or nothing, in its place.
+    if (database->m_hasLoaded) {
+        try {
+            database->saveDB();
+        } catch (const std::exception& exception) {
+            NSLog("%@: not saved: %s", database->_path, exception.what());
+        }
     }
     delete database;
 }
@@ -237,7 +270,7 @@ void LTDatabase::saveDB() {
     if (!_dirty) {
         return;
     }
-    dictionaryRepresentation().writeToFile(_path, true);
+    m_file->write(_path, dictionaryRepresentation());
     _dirty = false;
 }
 
@@ -277,6 +310,7 @@ void LTDatabase::syncingHasEnded(const NSNotification& /*notification*/) {
             _dirty = true;
         }
     });
+    _snippets.settle();
     postModification();
 }
 

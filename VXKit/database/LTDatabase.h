@@ -12,6 +12,8 @@
 #include <memory>
 #include <vector>
 
+class _LTDatabaseFile;
+
 /// Posted with the store as object whenever what a list of its records shows may have changed.
 inline constexpr const char* LTSnippetDBWasModifiedNotification = "LTSnippetDBWasModifiedNotification";
 
@@ -36,7 +38,9 @@ inline constexpr const char* LTSnippetDBWasModifiedNotification = "LTSnippetDBWa
 /// terminates.
 ///
 /// Failures are never reported here: an unreadable, malformed or wrong-version file loads as an empty store that
-/// overwrites it at the next save, and a failed write is forgotten. The layer below logs why. Main thread only.
+/// overwrites it at the next save, and a failed write is forgotten. The layer below logs why. What such a save would
+/// destroy (a file that could not be loaded whole, or that another program has changed meanwhile) is first set aside
+/// beside the file, under a name with the reason and the time; there are ten of these copies at most. Main thread only.
 class VXKIT_EXPORT LTDatabase : public std::enable_shared_from_this<LTDatabase> {
 public:
     LTDatabase();
@@ -48,16 +52,31 @@ public:
     template <std::derived_from<LTDatabase> Database>
     [[nodiscard]] static std::shared_ptr<Database> alloc();
 
-    /// The one store of the process. The first call makes it, of class `Database`, on that class's file in the user's
-    /// folder Library/Preferences, which it creates where it is missing; later calls answer the same store whatever
-    /// class they name.
+    /// The one store of the process, never null. The first call makes it, of class `Database`; later calls answer the
+    /// same store whatever class they name. It lies on that class's file in the user's folder Library/Preferences
+    /// (which is created where it is missing), or on a file of the person's choice, which turns syncing off:
+    ///
+    /// - with the Option key (Alt) held down at the first call, a dialog asks for an existing file, or a new one, or
+    ///   ends the process with status 0, as cancelling does;
+    /// - the file that was chosen so is taken at later launches too. Where it is missing, or loading it throws (that
+    ///   is logged), an alert tells so and the default file is taken this time.
+    ///
+    /// What loading the default file, or one just created, throws leaves this; the next call then begins anew. While
+    /// the store is being made, dialogs included, a call throws an NSException named NSInternalInconsistencyException:
+    /// there is no store to answer yet. Code that is called by timers, status items and the like asks isLoading first.
     template <std::derived_from<LTDatabase> Database = LTDatabase>
     static std::shared_ptr<LTDatabase> sharedDB();
+
+    /// Leaves a file of the person's choice: saves the shared store, turns syncing on and makes a new shared one, of
+    /// class `Database`, as sharedDB does for the default file. The store before is the shared one no more; while its
+    /// automatic saving or the host holds it, it lives on and saves to its own file. Throws as sharedDB does.
+    template <std::derived_from<LTDatabase> Database = LTDatabase>
+    static void reloadFromDefaultDB();
 
     /// Whether the shared store has changes that are not yet saved. The shared store must exist.
     [[nodiscard]] static bool isDirty();
 
-    /// Whether the shared store is being made at this moment.
+    /// Whether the shared store is being made at this moment, which lasts as long as its dialogs are open.
     [[nodiscard]] static bool isLoading();
 
     /// Loads the file at `path` (see the class note for what becomes of a bad one), starts automatic saving and
@@ -122,20 +141,27 @@ protected:
     std::vector<std::shared_ptr<_LTSnippet>> _layawayRemovals; ///< records removed during any sync so far
 
 private:
+    friend class LTDatabaseLocation;
     using MakeDatabase = std::shared_ptr<LTDatabase> (*)();
 
     static std::shared_ptr<LTDatabase> sharedDBMadeBy(MakeDatabase makeDatabase);
+    static void reloadFromDefaultDBMadeBy(MakeDatabase makeDatabase);
+    static void setSharedDB(const std::shared_ptr<LTDatabase>& database);
     static void dealloc(LTDatabase* database);
     void releaseSharedReference() const;
     void postModification() const;
     [[nodiscard]] NSDictionary representationWithContents(NSArray contents) const;
 
+    void loadFile();
+
+    std::unique_ptr<_LTDatabaseFile> m_file;
     // In the order of subscription, which is the order of what happens when the application terminates.
     NSNotificationObservation m_releaseAtTermination;
     NSNotificationObservation m_saveAtTermination;
     NSNotificationObservation m_endOfSyncing;
     bool m_allocated = false;
     bool m_initialised = false;
+    bool m_hasLoaded = false;         // initWithFile has come to its end
     bool m_asksOwnClassForIDs = true; // existsItemWithID is overridden
 };
 
@@ -154,4 +180,9 @@ std::shared_ptr<Database> LTDatabase::alloc() {
 template <std::derived_from<LTDatabase> Database>
 std::shared_ptr<LTDatabase> LTDatabase::sharedDB() {
     return sharedDBMadeBy([]() -> std::shared_ptr<LTDatabase> { return alloc<Database>(); });
+}
+
+template <std::derived_from<LTDatabase> Database>
+void LTDatabase::reloadFromDefaultDB() {
+    reloadFromDefaultDBMadeBy([]() -> std::shared_ptr<LTDatabase> { return alloc<Database>(); });
 }

@@ -4,11 +4,14 @@
 #include <VXKit/VXKitExport.h>
 #include <VXKit/platform/foundation/NSDate.h>
 
+#include <QHash>
+
 #include <cstddef>
 #include <memory>
 #include <vector>
 
 class _LTSnippet;
+class _LTSnippetIdentity;
 class _LTSnippetIndex;
 
 /// A mutable list of records in order, as a database exposes its own: read it like a vector, change it with AppKit's
@@ -27,14 +30,14 @@ public:
     LTSnippetArray& operator=(const LTSnippetArray&) = delete;
     ~LTSnippetArray();
 
-    [[nodiscard]] std::size_t count() const { return m_snippets.size(); }
-    [[nodiscard]] bool isEmpty() const { return m_snippets.empty(); }
+    [[nodiscard]] std::size_t count() const { return m_snippets.size() - m_takenOut; }
+    [[nodiscard]] bool isEmpty() const { return count() == 0; }
     /// AppKit: `-objectAtIndex:`.
     [[nodiscard]] const Snippet& objectAtIndex(std::size_t index) const;
     /// The same without a check, as a vector has it.
-    [[nodiscard]] const Snippet& operator[](std::size_t index) const { return m_snippets[index]; }
-    [[nodiscard]] const_iterator begin() const { return m_snippets.begin(); }
-    [[nodiscard]] const_iterator end() const { return m_snippets.end(); }
+    [[nodiscard]] const Snippet& operator[](std::size_t index) const { return settled()[index]; }
+    [[nodiscard]] const_iterator begin() const { return settled().begin(); }
+    [[nodiscard]] const_iterator end() const { return settled().end(); }
 
     /// Whether some record has this snippet ID. Takes the same time whatever the length of the list, but for records
     /// whose class overrides snippetID: those are asked one by one.
@@ -54,12 +57,37 @@ public:
     /// AppKit: `-removeAllObjects`.
     void removeAllObjects();
 
+    /// Removes the first record with this snippet ID; tells whether there was one.
+    ///
+    /// Made to be called many times in a row, with additions between: the records close up only when the list is next
+    /// looked at by position, changed in another way or settled, in one pass for all, and those removed are let go of
+    /// then. So a thousand removals cost what a thousand look-ups and one pass do. Where several records share the ID,
+    /// or there are records whose class overrides snippetID, one pass more tells which is the first, for all that
+    /// follow; such records are asked once, and must not change their answers until the list is settled but by their
+    /// `snipID` field.
+    bool removeFirstObjectWithSnippetID(NSDate snippetID);
+
+    /// Closes up what removeFirstObjectWithSnippetID left open.
+    void settle() const;
+
     /// See _LTSnippetIndex::freeTimeAtOrBefore.
     [[nodiscard]] double freeTimeAtOrBefore(double time);
 
 private:
     void checkIndex(std::size_t index, std::size_t end) const;
+    [[nodiscard]] std::vector<Snippet> closeUp() const;
+    [[nodiscard]] const std::vector<Snippet>& settled() const {
+        if (!m_isSettled) {
+            settle();
+        }
+        return m_snippets;
+    }
 
-    std::vector<Snippet> m_snippets;
+    // Nobody sees the records that are taken out, so settling, which ends their stay, is no change of the list.
+    mutable std::vector<Snippet> m_snippets;
+    // How many of the first occurrences of a record are taken out: its first occurrence is always what goes first.
+    mutable QHash<const _LTSnippetIdentity*, int> m_outOf;
+    mutable std::size_t m_takenOut = 0;
+    mutable bool m_isSettled = true; // nothing is taken out, and the index knows no order
     std::unique_ptr<_LTSnippetIndex> m_index;
 };

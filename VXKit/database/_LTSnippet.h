@@ -33,6 +33,8 @@ public:
     virtual ~_LTSnippet();
 
     /// The identity, nil until set. A subclass may override it; the databases that hold the record go by its answer.
+    /// While a database merges what a sync held back, it asks such a record once and not once for each change, so a
+    /// record must not make another one answer otherwise then but by changing its `snipID`.
     [[nodiscard]] virtual std::optional<NSDate> snippetID() const;
 
     /// Gives the record another identity, also while it is stored.

@@ -5,6 +5,7 @@
 #include <VXKit/platform/foundation/NSDate.h>
 
 #include <concepts>
+#include <memory>
 #include <optional>
 #include <typeinfo>
 #include <vector>
@@ -22,7 +23,9 @@ public:
     _LTSnippetIdentity() = default;
     /// Copies the date alone: the copy belongs to a record that no index holds.
     _LTSnippetIdentity(const _LTSnippetIdentity& other) : m_date(other.m_date) {}
-    _LTSnippetIdentity& operator=(const _LTSnippetIdentity& other) { return *this = other.m_date; }
+    _LTSnippetIdentity& operator=(const _LTSnippetIdentity& other) {
+        return this == &other ? *this : *this = other.m_date;
+    }
     _LTSnippetIdentity& operator=(std::optional<NSDate> date);
 
     operator const std::optional<NSDate>&() const { return m_date; }
@@ -47,6 +50,12 @@ private:
 
     static void noteThatFieldIsAnswer(const std::type_info& snippetClass);
 
+    void addIndex(_LTSnippetIndex& index);
+    void removeIndex(_LTSnippetIndex& index);
+
     std::optional<NSDate> m_date;
-    std::vector<_LTSnippetIndex*> m_indexes; // one for each time that an index holds the record
+    // One for each time that an index holds the record. Nearly every record lies in one list, once; the block that
+    // any more of them need would be the greater part of what such a record costs.
+    _LTSnippetIndex* m_index = nullptr;
+    std::unique_ptr<std::vector<_LTSnippetIndex*>> m_moreIndexes;
 };

@@ -1,40 +1,133 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/database/_LTSnippetIndex.h>
 
-#include <VXKit/database/_LTSnippet.h>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <vector>
+#include <utility>
+
+/// The records of each ID, in the order of the list, as chains through one block.
+struct _LTSnippetIndex::Order {
+    struct Place {
+        _LTSnippet* snippet;
+        std::size_t next; // of the same ID
+    };
+    struct Chain {
+        std::size_t first;
+        std::size_t last;
+    };
+
+    static constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
+
+    void append(_LTSnippet& snippet, NSDate snippetID) {
+        const std::size_t place = places.size();
+        places.push_back({&snippet, none});
+        const auto chain = chains.find(snippetID.timeIntervalSince1970());
+        if (chain == chains.end()) {
+            chains.insert(snippetID.timeIntervalSince1970(), {place, place});
+            return;
+        }
+        places[chain->last].next = place;
+        chain->last = place;
+    }
+
+    [[nodiscard]] _LTSnippet* first(NSDate snippetID) const {
+        const auto chain = chains.constFind(snippetID.timeIntervalSince1970());
+        return chain == chains.constEnd() ? nullptr : places[chain->first].snippet;
+    }
+
+    _LTSnippet* takeFirst(NSDate snippetID) {
+        const auto chain = chains.find(snippetID.timeIntervalSince1970());
+        if (chain == chains.end()) {
+            return nullptr;
+        }
+        const Place taken = places[chain->first];
+        if (taken.next == none) {
+            chains.erase(chain);
+        } else {
+            chain->first = taken.next;
+        }
+        return taken.snippet;
+    }
+
+    std::vector<Place> places;
+    QHash<double, Chain> chains;
+};
+
+_LTSnippetIndex::_LTSnippetIndex() = default;
+
+_LTSnippetIndex::~_LTSnippetIndex() = default;
 
 void _LTSnippetIndex::add(_LTSnippet& snippet) {
-    if (!_LTSnippetIdentity::fieldIsAnswer(typeid(snippet))) {
-        ++m_askedRecords[&snippet];
-        return;
+    snippet.snipID.addIndex(*this);
+    // Once asked, always asked: its class may have become known while the list held it.
+    const auto asked = m_askedRecords.find(&snippet.snipID);
+    if (asked != m_askedRecords.end()) {
+        ++asked->count;
+    } else if (!_LTSnippetIdentity::fieldIsAnswer(typeid(snippet))) {
+        m_askedRecords.insert(&snippet.snipID, {&snippet, 1, std::nullopt});
+    } else if (const std::optional<NSDate> snippetID = snippet.snipID) {
+        count(*snippetID, snippet.snipID);
     }
-    snippet.snipID.m_indexes.push_back(this);
-    if (const std::optional<NSDate> snippetID = snippet.snipID) {
-        count(*snippetID);
+    if (m_order) {
+        appendToOrder(snippet);
     }
 }
 
 void _LTSnippetIndex::remove(_LTSnippet& snippet) {
-    if (const auto asked = m_askedRecords.find(&snippet); asked != m_askedRecords.end()) {
-        if (--*asked == 0) {
-            m_askedRecords.erase(asked);
-        }
-        return;
-    }
-    auto& indexes = snippet.snipID.m_indexes;
-    indexes.erase(std::find(indexes.begin(), indexes.end(), this));
-    if (const std::optional<NSDate> snippetID = snippet.snipID) {
-        discount(*snippetID);
-    }
+    forgetOrder();
+    release(snippet.snipID);
 }
 
 bool _LTSnippetIndex::contains(NSDate snippetID) const {
-    return m_counts.contains(snippetID.timeIntervalSince1970()) || anAskedRecordHas(snippetID);
+    return m_holders.find(snippetID.timeIntervalSince1970()) || anAskedRecordHas(snippetID);
+}
+
+bool _LTSnippetIndex::knowsFirst(NSDate snippetID) const {
+    if (m_order) {
+        const _LTSnippet* first = m_order->first(snippetID);
+        return !first || first->snippetID() == snippetID;
+    }
+    if (!m_askedRecords.isEmpty()) {
+        return false;
+    }
+    const _LTSnippetTable::Entry* entry = m_holders.find(snippetID.timeIntervalSince1970());
+    return !entry || entry->holder;
+}
+
+_LTSnippetIdentity* _LTSnippetIndex::takeFirst(NSDate snippetID) {
+    _LTSnippetIdentity* first = nullptr;
+    if (m_order) {
+        if (_LTSnippet* snippet = m_order->takeFirst(snippetID)) {
+            first = &snippet->snipID;
+        }
+    } else if (const _LTSnippetTable::Entry* entry = m_holders.find(snippetID.timeIntervalSince1970())) {
+        first = entry->holder;
+    }
+    if (first) {
+        release(*first);
+    }
+    return first;
+}
+
+void _LTSnippetIndex::learnOrder(const std::vector<std::shared_ptr<_LTSnippet>>& list) {
+    m_order = std::make_unique<Order>();
+    m_order->places.reserve(list.size());
+    for (AskedRecord& asked : m_askedRecords) {
+        asked.answer = asked.snippet->snippetID();
+    }
+    for (const std::shared_ptr<_LTSnippet>& snippet : list) {
+        const auto asked = m_askedRecords.constFind(&snippet->snipID);
+        const std::optional<NSDate> snippetID =
+            asked == m_askedRecords.constEnd() ? snippet->snipID.date() : asked->answer;
+        if (snippetID) {
+            m_order->append(*snippet, *snippetID);
+        }
+    }
+}
+
+void _LTSnippetIndex::forgetOrder() {
+    m_order.reset();
 }
 
 double _LTSnippetIndex::freeTimeAtOrBefore(double time) {
@@ -57,12 +150,16 @@ double _LTSnippetIndex::freeTimeAtOrBefore(double time) {
     return time;
 }
 
-void _LTSnippetIndex::identityChanged(std::optional<NSDate> from, std::optional<NSDate> to) {
-    if (from) {
-        discount(*from);
+void _LTSnippetIndex::identityChanged(_LTSnippetIdentity& identity, std::optional<NSDate> old) {
+    forgetOrder();
+    if (m_askedRecords.contains(&identity)) {
+        return;
     }
-    if (to) {
-        count(*to);
+    if (old) {
+        discount(*old);
+    }
+    if (identity.date()) {
+        count(*identity.date(), identity);
     }
 }
 
@@ -75,26 +172,69 @@ std::optional<double> _LTSnippetIndex::oneSecondBefore(double time) {
     return before < time ? before : std::nextafter(time, beginningOfTime);
 }
 
-void _LTSnippetIndex::count(NSDate snippetID) {
-    if (++m_counts[snippetID.timeIntervalSince1970()] == 1 && m_runs) {
-        addToRuns(snippetID.timeIntervalSince1970());
+void _LTSnippetIndex::appendToOrder(_LTSnippet& snippet) {
+    const std::optional<NSDate> snippetID = snippet.snippetID();
+    if (const auto asked = m_askedRecords.find(&snippet.snipID); asked != m_askedRecords.end()) {
+        if (asked->count > 1 && asked->answer != snippetID) {
+            // The list holds it elsewhere too, in a place that is no longer right.
+            forgetOrder();
+            return;
+        }
+        asked->answer = snippetID;
+    }
+    if (snippetID) {
+        m_order->append(snippet, *snippetID);
+    }
+}
+
+void _LTSnippetIndex::release(_LTSnippetIdentity& identity) {
+    identity.removeIndex(*this);
+    if (const auto asked = m_askedRecords.find(&identity); asked != m_askedRecords.end()) {
+        if (--asked->count == 0) {
+            m_askedRecords.erase(asked);
+        }
+        return;
+    }
+    if (const std::optional<NSDate> snippetID = identity.date()) {
+        discount(*snippetID);
+    }
+}
+
+void _LTSnippetIndex::count(NSDate snippetID, _LTSnippetIdentity& identity) {
+    const double time = snippetID.timeIntervalSince1970();
+    const auto [entry, isNew] = m_holders.findOrInsert(time);
+    if (isNew) {
+        entry.holder = &identity;
+        if (m_runs) {
+            addToRuns(time);
+        }
+    } else if (entry.holder) {
+        entry.holder = nullptr;
+        m_shared.insert(time, 2);
+    } else {
+        ++m_shared[time];
     }
 }
 
 void _LTSnippetIndex::discount(NSDate snippetID) {
-    const auto entry = m_counts.find(snippetID.timeIntervalSince1970());
-    if (--*entry > 0) {
-        return;
+    const double time = snippetID.timeIntervalSince1970();
+    _LTSnippetTable::Entry& entry = *m_holders.find(time);
+    if (!entry.holder) {
+        const auto shared = m_shared.find(time);
+        if (--*shared > 0) {
+            return;
+        }
+        m_shared.erase(shared);
     }
-    m_counts.erase(entry);
+    m_holders.erase(entry);
     if (m_runs) {
-        removeFromRuns(snippetID.timeIntervalSince1970());
+        removeFromRuns(time);
     }
 }
 
 bool _LTSnippetIndex::anAskedRecordHas(NSDate snippetID) const {
-    return std::any_of(m_askedRecords.keyBegin(), m_askedRecords.keyEnd(),
-                       [&](const _LTSnippet* snippet) { return snippet->snippetID() == snippetID; });
+    return std::any_of(m_askedRecords.begin(), m_askedRecords.end(),
+                       [&](const AskedRecord& asked) { return asked.snippet->snippetID() == snippetID; });
 }
 
 /// Where a time lies on its chain, or nothing where going back a second may change the fraction by rounding and chains
@@ -110,9 +250,9 @@ std::optional<_LTSnippetIndex::Link> _LTSnippetIndex::linkOf(double time) {
 
 void _LTSnippetIndex::buildRuns() {
     std::vector<Link> links;
-    links.reserve(static_cast<std::size_t>(m_counts.size()));
-    for (auto entry = m_counts.keyBegin(); entry != m_counts.keyEnd(); ++entry) {
-        if (const std::optional<Link> link = linkOf(*entry)) {
+    links.reserve(m_holders.size());
+    for (const _LTSnippetTable::Entry& entry : m_holders.entries()) {
+        if (const std::optional<Link> link = entry.isFree() ? std::nullopt : linkOf(entry.time)) {
             links.push_back(*link);
         }
     }

@@ -4,6 +4,7 @@
 #include <VXKit/platform/foundation/NSException.h>
 
 #include <algorithm>
+#include <map>
 #include <random>
 #include <vector>
 
@@ -130,6 +131,75 @@ TEST_F(SnippetArray, LeapsOverTakenTimesAndFindsThoseFreedAgain) {
     EXPECT_EQ(list.freeTimeAtOrBefore(4999.125), 4000.125);
     list.removeObject(*notes[999]);
     EXPECT_EQ(list.freeTimeAtOrBefore(4999.125), 4001.125);
+}
+
+TEST_F(SnippetArray, FindsEveryIDAmongThousandsThatComeAndGo) {
+    std::mt19937 random(20261121);
+    // Seconds, days and fractions, so that many IDs differ in a few bits only.
+    const auto time = [&] {
+        static constexpr double steps[] = {1.0, 86400.0, 0.001, 1048576.0};
+        return 1.0e9 + steps[random() % std::size(steps)] * double(random() % 4000);
+    };
+    std::map<double, std::vector<std::shared_ptr<Note>>> there;
+    for (int step = 0; step < 60000; ++step) {
+        // It grows to thousands and shrinks to none, twice.
+        const bool grows = step / 15000 % 2 == 0;
+        if (random() % 10 < (grows ? 8U : 3U)) {
+            const auto note = std::make_shared<Note>(time());
+            there[note->snippetID()->timeIntervalSince1970()].push_back(note);
+            list.addObject(note);
+        } else if (!there.empty()) {
+            auto entry = there.lower_bound(time());
+            entry = entry == there.end() ? there.begin() : entry;
+            ASSERT_TRUE(list.removeFirstObjectWithSnippetID(at(entry->first)));
+            entry->second.erase(entry->second.begin());
+            if (entry->second.empty()) {
+                there.erase(entry);
+            }
+        }
+        const double asked = time();
+        ASSERT_EQ(list.containsSnippetID(at(asked)), there.contains(asked)) << "step " << step;
+        if (step % 5000 == 0) {
+            for (const auto& [identity, notes] : there) {
+                ASSERT_TRUE(list.containsSnippetID(at(identity)));
+            }
+        }
+    }
+    std::size_t count = 0;
+    for (const auto& [identity, notes] : there) {
+        ASSERT_TRUE(std::equal(notes.begin(), notes.end(), notes.begin(), [&](const auto& left, const auto& right) {
+            return left == right && std::find(list.begin(), list.end(), left) != list.end();
+        }));
+        count += notes.size();
+    }
+    EXPECT_EQ(list.count(), count);
+}
+
+TEST_F(SnippetArray, RemovesTheFirstOfAnIDAndShowsItselfClosedUpAfterEachRemoval) {
+    const auto twice = std::make_shared<Note>(1.0, QStringLiteral("twice"));
+    for (const auto& note : {twice, std::make_shared<Note>(2.0), twice, std::make_shared<Note>(1.0), twice}) {
+        list.addObject(note);
+    }
+    EXPECT_FALSE(list.removeFirstObjectWithSnippetID(at(3.0)));
+    EXPECT_TRUE(list.removeFirstObjectWithSnippetID(at(1.0)));
+    EXPECT_EQ(list.count(), 4U);
+    EXPECT_TRUE(list.removeFirstObjectWithSnippetID(at(2.0)));
+    list.addObject(twice);
+    EXPECT_EQ(list[0], twice);
+    EXPECT_NE(list[1], twice);
+    EXPECT_EQ(list.objectAtIndex(2), twice);
+    EXPECT_EQ(list.objectAtIndex(3), twice);
+    EXPECT_TRUE(list.removeFirstObjectWithSnippetID(at(1.0)));
+    EXPECT_THROW(list.removeObjectAtIndex(3), NSException);
+    list.removeObjectAtIndex(0);
+    EXPECT_EQ(list.count(), 2U);
+    EXPECT_TRUE(list.removeFirstObjectWithSnippetID(at(1.0)));
+    list.insertObject(std::make_shared<Note>(5.0), 0);
+    EXPECT_TRUE(list.removeFirstObjectWithSnippetID(at(1.0)));
+    EXPECT_EQ(list.end() - list.begin(), 1);
+    EXPECT_TRUE(list.removeFirstObjectWithSnippetID(at(5.0)));
+    EXPECT_TRUE(list.isEmpty());
+    EXPECT_EQ(list.begin(), list.end());
 }
 
 /// Thousands of random changes by every road there is; after each the list answers as a scan of it does.

@@ -94,9 +94,12 @@ public:
 class TestApplication : public LTApplication {
 public:
     TestApplication() : LTApplication(s_argc, s_argv) {}
-    LTSyncManagerClass* syncManagerClass() const override { return const_cast<SwitchedSyncManager*>(&syncManager); }
+    LTSyncManagerClass* syncManagerClass() const override {
+        return hasSyncManager ? const_cast<SwitchedSyncManager*>(&syncManager) : nullptr;
+    }
 
     SwitchedSyncManager syncManager;
+    bool hasSyncManager = true;
 
 private:
     static inline char s_name[] = "vxkit-test";
