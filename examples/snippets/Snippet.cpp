@@ -11,6 +11,7 @@ namespace {
 
 constexpr qsizetype longestTitle = 80;      // characters of a title made from a text
 constexpr qsizetype longestFirstLine = 240; // characters
+constexpr qsizetype bytesLookedAtFirst = 4096;
 
 // The years 1 to 9999, which are those that an XML date can tell; seconds since 1970.
 constexpr double earliestDate = -62135596800.0;
@@ -54,32 +55,46 @@ std::optional<NSDate> dateIn(const NSDictionary& dictionary, const DateKeys& key
     return std::nullopt;
 }
 
-/// Whether an XML property list can hold `text` as it is.
-bool isXMLText(QStringView text) {
-    return std::all_of(text.begin(), text.end(), [](QChar character) {
-        const char16_t unit = character.unicode();
-        return (unit >= 0x20 && unit < 0xFFFE) || unit == u'\t' || unit == u'\n' || unit == u'\r';
+/// Whether an XML property list can hold `text`, UTF-8, as it is.
+bool isXMLText(const QByteArray& text) {
+    const bool hasControls = std::any_of(text.begin(), text.end(), [](char byte) {
+        return static_cast<unsigned char>(byte) < 0x20 && byte != '\t' && byte != '\n' && byte != '\r';
     });
+    return !hasControls && !text.contains("\xEF\xBF\xBE") && !text.contains("\xEF\xBF\xBF");
 }
 
-void putText(NSDictionary& dictionary, const char* key, const QString& text) {
+void putText(NSDictionary& dictionary, const char* key, const QByteArray& text) {
     if (isXMLText(text)) {
-        dictionary.setObject(text, key);
-        return;
+        dictionary.setObject(std::string_view(text.data(), static_cast<std::size_t>(text.size())), key);
+    } else {
+        dictionary.setObject(NSData(text.begin(), text.end()), key);
     }
-    const QByteArray bytes = text.toUtf8();
-    dictionary.setObject(NSData(bytes.begin(), bytes.end()), key);
 }
 
-std::optional<QString> textIn(const NSDictionary& dictionary, const char* key) {
+/// UTF-8.
+std::optional<QByteArray> textIn(const NSDictionary& dictionary, const char* key) {
     if (const auto* text = dictionary.objectOfType<std::string>(key)) {
-        return QString::fromStdString(*text);
+        return QByteArray::fromStdString(*text);
     }
     if (const auto* bytes = dictionary.objectOfType<NSData>(key)) {
+        // By way of a text, because anything may be in there.
         return QString::fromUtf8(
-            QByteArray(reinterpret_cast<const char*>(bytes->data()), static_cast<qsizetype>(bytes->size())));
+                   QByteArray(reinterpret_cast<const char*>(bytes->data()), static_cast<qsizetype>(bytes->size())))
+            .toUtf8();
     }
     return std::nullopt;
+}
+
+/// The text that `bytes`, UTF-8, begin with, up to `length` bytes of it.
+QString beginningOfText(const QByteArray& bytes, qsizetype length) {
+    if (bytes.size() <= length) {
+        return QString::fromUtf8(bytes);
+    }
+    constexpr unsigned char following = 0x80; // the two high bits of a byte that goes on a character
+    while (length > 0 && (static_cast<unsigned char>(bytes[length]) & 0xC0) == following) {
+        --length;
+    }
+    return QString::fromUtf8(bytes.first(length));
 }
 
 /// The first line of `text` with more than blanks in it that is not `unwanted`, without the blanks around it.
@@ -132,8 +147,24 @@ void Snippet::noteUse(NSDate date) {
     }
 }
 
+void Snippet::takeUsesOf(const Snippet& other) {
+    m_useCount = std::max(m_useCount, other.m_useCount);
+    if (other.m_lastUsed &&
+        (!m_lastUsed || m_lastUsed->timeIntervalSince1970() < other.m_lastUsed->timeIntervalSince1970())) {
+        m_lastUsed = other.m_lastUsed;
+    }
+}
+
 QString Snippet::firstLine() const {
-    return beginning(lineOtherThan(_name, m_text), longestFirstLine).toString();
+    // Nearly always near the beginning; and a list asks for it with every row that it paints.
+    const QString near = beginningOfText(m_text, bytesLookedAtFirst);
+    const QStringView line = lineOtherThan(_name, near);
+    const bool isWhole = m_text.size() <= bytesLookedAtFirst || line.size() > longestFirstLine ||
+                         (!line.isEmpty() && QStringView(line.end(), near.cend()).contains(QLatin1Char('\n')));
+    if (isWhole) {
+        return beginning(line, longestFirstLine).toString();
+    }
+    return beginning(lineOtherThan(_name, text()), longestFirstLine).toString();
 }
 
 QString Snippet::titleForText(const QString& text) {
@@ -149,7 +180,7 @@ std::optional<NSDictionary> Snippet::dictionaryRepresentation() const {
     putDate(dictionary, identityKeys, snipID);
     putDate(dictionary, modificationKeys, modificationDate);
     putDate(dictionary, lastUseKeys, m_lastUsed);
-    putText(dictionary, titleKey, _name);
+    putText(dictionary, titleKey, _name.toUtf8());
     putText(dictionary, textKey, m_text);
     dictionary.setObject(m_useCount, useCountKey);
     return dictionary;
@@ -165,10 +196,10 @@ void Snippet::loadFromDictionary(const NSDictionary& dictionary) {
     if (const std::optional<NSDate> date = dateIn(dictionary, lastUseKeys)) {
         m_lastUsed = date;
     }
-    if (const std::optional<QString> title = textIn(dictionary, titleKey)) {
-        setTitle(*title);
+    if (const std::optional<QByteArray> title = textIn(dictionary, titleKey)) {
+        setTitle(QString::fromUtf8(*title));
     }
-    if (const std::optional<QString> text = textIn(dictionary, textKey)) {
+    if (const std::optional<QByteArray> text = textIn(dictionary, textKey)) {
         m_text = *text;
     }
     if (const auto* count = dictionary.objectOfType<std::int64_t>(useCountKey)) {

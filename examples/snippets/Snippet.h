@@ -3,6 +3,8 @@
 
 #include <VXKit/database/_LTSnippet.h>
 
+#include <QByteArray>
+
 #include <cstdint>
 
 /// A piece of text that the user keeps: the record class of this program.
@@ -16,8 +18,10 @@ public:
     /// The title, never with line breaks or other control characters in it.
     void setTitle(const QString& title);
 
-    [[nodiscard]] QString text() const { return m_text; }
-    void setText(const QString& text) { m_text = text; }
+    [[nodiscard]] QString text() const { return QString::fromUtf8(m_text); }
+    void setText(const QString& text) { m_text = text.toUtf8(); }
+    /// The same text as the record holds it, which costs no conversion.
+    [[nodiscard]] const QByteArray& utf8Text() const { return m_text; }
 
     /// When the record was last changed by its owner; nil for one that never was. A use is no change.
     [[nodiscard]] std::optional<NSDate> dateOfModification() const { return modificationDate; }
@@ -33,6 +37,9 @@ public:
 
     /// Counts one use, at `date`.
     void noteUse(NSDate date);
+
+    /// Takes over what is known of the uses of another version of this snippet, where that is more.
+    void takeUsesOf(const Snippet& other);
 
     /// The first line with more than blanks in it that is not the title itself, without the blanks around it and cut at
     /// a length no list shows; empty where there is none.
@@ -53,7 +60,7 @@ public:
     [[nodiscard]] static std::shared_ptr<_LTSnippet> emptySnippet();
 
 private:
-    QString m_text;
+    QByteArray m_text; // UTF-8, which for most texts takes half the room
     std::optional<NSDate> m_lastUsed;
     std::int64_t m_useCount = 0;
 };

@@ -5,6 +5,7 @@
 #include "SnippetPasteboard.h"
 #include "SnippetsListModel.h"
 #include "SnippetsWindow.h"
+#include "sync/SyncPanel.h"
 
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/platform/appkit/NSStatusBar.h>
@@ -47,15 +48,56 @@ bool SnippetsApplication::start() {
     if (!lockDatabase()) {
         return false;
     }
+    // Before the database, which may disable syncing while it is opened, and which is to save after a sync has ended.
+    makeSyncManager();
     m_database = SnippetsDatabase::shared();
-    m_syncManager = std::make_unique<SnippetsSyncManager>(m_database);
-    connect(m_syncManager.get(), &SnippetsSyncManager::ended, this, [this](const QString& problem) {
-        if (!problem.isEmpty()) {
-            complain(problem);
-        }
-        m_window->tellBackup(problem);
-    });
     makeStatusItem();
+    makeMenu();
+    openDatabase();
+
+    NSNotificationCenter& centre = NSNotificationCenter::defaultCenter();
+    m_statusItemDidMove = centre.addObserverForName(
+        NSWindowDidMoveNotification, m_statusItemView->window(), [this](const NSNotification&) {
+            if (m_window->isVisible()) {
+                m_window->setFrame(m_window->constrainFrameRect(m_window->frame()), true);
+            }
+        });
+    m_willTerminate = centre.addObserverForName(NSApplicationWillTerminateNotification, nullptr,
+                                                [this](const NSNotification&) { m_window->saveDivision(); });
+    return true;
+}
+
+void SnippetsApplication::makeSyncManager() {
+    m_syncManager = std::make_unique<SnippetsSyncManager>();
+    connect(m_syncManager.get(), &SnippetsSyncManager::ended, this, [this](const SyncReport& report) {
+        if (!report.problem.isEmpty()) {
+            complain(QStringLiteral("not synced: ") + report.problem);
+        }
+        m_window->tellSync(report);
+    });
+    connect(m_syncManager.get(), &SnippetsSyncManager::needsSettings, this, &SnippetsApplication::askHowToSync);
+    connect(m_syncManager.get(), &SnippetsSyncManager::needsPassword, this,
+            [this] { askForPassword(QStringLiteral("The server asks for your password.")); });
+}
+
+/// Shows what m_database holds, in place of what was shown before.
+void SnippetsApplication::openDatabase() {
+    makeWindow();
+    m_databaseWasModified = NSNotificationCenter::defaultCenter().addObserverForName(
+        LTSnippetDBWasModifiedNotification, m_database.get(), [this](const NSNotification&) {
+            // Once for all the files of an import.
+            if (!std::exchange(m_newestAreStale, true)) {
+                QMetaObject::invokeMethod(
+                    this, [this] { listNewestSnippets(); }, Qt::QueuedConnection);
+            }
+        });
+    listNewestSnippets();
+    m_syncManager->setDatabase(m_database);
+    m_syncNow->setEnabled(m_syncManager->isEnabled());
+    m_useStandardFile->setVisible(!m_syncManager->isEnabled());
+}
+
+void SnippetsApplication::makeWindow() {
     m_window = std::make_unique<SnippetsWindow>(m_database);
     m_window->awakeFromNib();
     connect(m_window.get(), &SnippetsWindow::left, this, [this] {
@@ -68,26 +110,37 @@ bool SnippetsApplication::start() {
             &SnippetsWindow::leave);
     connect(new QShortcut(QKeySequence(QKeySequence::HelpContents), m_window.get()), &QShortcut::activated, this,
             [this] { showHelp(nullptr); });
-    makeMenu();
+}
 
-    NSNotificationCenter& centre = NSNotificationCenter::defaultCenter();
-    m_databaseWasModified =
-        centre.addObserverForName(LTSnippetDBWasModifiedNotification, m_database.get(), [this](const NSNotification&) {
-            // Once for all the files of an import.
-            if (!std::exchange(m_newestAreStale, true)) {
-                QMetaObject::invokeMethod(
-                    this, [this] { listNewestSnippets(); }, Qt::QueuedConnection);
-            }
-        });
-    m_statusItemDidMove = centre.addObserverForName(
-        NSWindowDidMoveNotification, m_statusItemView->window(), [this](const NSNotification&) {
-            if (m_window->isVisible()) {
-                m_window->setFrame(m_window->constrainFrameRect(m_window->frame()), true);
-            }
-        });
-    m_willTerminate = centre.addObserverForName(NSApplicationWillTerminateNotification, nullptr,
-                                                [this](const NSNotification&) { m_window->saveDivision(); });
-    return true;
+void SnippetsApplication::useStandardFile() {
+    if (m_syncManager->isEnabled() || modalWindow()) {
+        return;
+    }
+    closeMainWindow();
+    SnippetsDatabase::reloadFromStandardFile();
+    m_database = SnippetsDatabase::shared();
+    openDatabase();
+    showMainWindow();
+}
+
+void SnippetsApplication::askHowToSync() {
+    if (modalWindow() || !m_syncManager->isEnabled()) {
+        return;
+    }
+    showMainWindow();
+    if (const std::optional<SyncAnswer> answer = askForSyncSettings(SyncSettings::load(), *m_window)) {
+        m_syncManager->configure(answer->settings, answer->password);
+    }
+}
+
+void SnippetsApplication::askForPassword(const QString& reason) {
+    if (modalWindow()) {
+        return;
+    }
+    showMainWindow();
+    if (const std::optional<QString> password = askForSyncPassword(SyncSettings::load(), reason, *m_window)) {
+        m_syncManager->syncWithPassword(*password);
+    }
 }
 
 void SnippetsApplication::makeStatusItem() {
@@ -176,11 +229,13 @@ void SnippetsApplication::makeMenu() {
     m_menu->addAction(QStringLiteral("Add from Clipboard"), this, [this] { addFromClipboard(); });
     m_menu->addSeparator();
     m_newestEnd = m_menu->addSeparator();
-    m_menu->addAction(QStringLiteral("Back Up Now"), this, [this] { m_syncManager->sync(); });
+    m_syncNow = m_menu->addAction(QStringLiteral("Sync Now"), this,
+                                  [this] { m_syncManager->sync(SnippetsSyncManager::Cause::User); });
+    m_menu->addAction(QStringLiteral("Sync Settings…"), this, [this] { askHowToSync(); });
+    m_useStandardFile = m_menu->addAction(QStringLiteral("Use Standard Database"), this, [this] { useStandardFile(); });
     m_menu->addAction(QStringLiteral("Help"), this, [this] { showHelp(nullptr); });
     m_menu->addSeparator();
     m_menu->addAction(QStringLiteral("Quit"), this, [this] { terminate(nullptr); });
-    listNewestSnippets();
     m_statusItem->setMenu(m_menu.get());
 }
 

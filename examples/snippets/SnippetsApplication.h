@@ -3,7 +3,7 @@
 
 #include "SnippetImporter.h"
 #include "SnippetsDatabase.h"
-#include "SnippetsSyncManager.h"
+#include "sync/SnippetsSyncManager.h"
 
 #include <VXKit/app/LTApplication.h>
 #include <VXKit/app/LTStatusItemView.h>
@@ -36,7 +36,14 @@ public:
     [[nodiscard]] SnippetsWindow& window() const { return *m_window; }
     [[nodiscard]] SnippetsDatabase& database() const { return *m_database; }
 
+    /// Leaves the file of the user's own choice, goes back to the standard one, and syncing may be used again. Nothing
+    /// where the standard file is in use.
+    void useStandardFile();
+
     [[nodiscard]] SnippetsSyncManager& syncManager() const { return *m_syncManager; }
+
+    /// Asks how to sync, over the main window, and does so from then on.
+    void askHowToSync();
 
     /// Brings the window to the front with the keyboard.
     void showMainWindow();
@@ -53,17 +60,23 @@ public:
 private:
     [[nodiscard]] bool lockDatabase();
     void makeStatusItem();
+    void makeSyncManager();
+    void openDatabase();
+    void makeWindow();
     void makeMenu();
+    void askForPassword(const QString& reason);
     void addFromClipboard();
     void listNewestSnippets();
 
     std::unique_ptr<QLockFile> m_lock;
+    std::unique_ptr<SnippetsSyncManager> m_syncManager;
     std::shared_ptr<SnippetsDatabase> m_database;
     std::unique_ptr<SnippetsWindow> m_window;
     std::unique_ptr<QMenu> m_menu;
     std::shared_ptr<NSStatusItem> m_statusItem;
     LTStatusItemView* m_statusItemView = nullptr; // owned by the item
-    std::unique_ptr<SnippetsSyncManager> m_syncManager;
+    QAction* m_syncNow = nullptr;                 // owned by the menu, as the next one
+    QAction* m_useStandardFile = nullptr;
     std::vector<QAction*> m_newest; // owned by the menu
     QAction* m_newestEnd = nullptr; // the separator below them
     bool m_newestAreStale = false;

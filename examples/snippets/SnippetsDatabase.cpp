@@ -3,8 +3,79 @@
 
 #include "Snippet.h"
 
+#include <QFile>
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <sys/stat.h>
+
+namespace {
+
+/// Differs after every atomic write of the file.
+std::array<std::int64_t, 3> stampOf(const QString& path) {
+    struct stat status {};
+    if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
+        return {};
+    }
+    return {static_cast<std::int64_t>(status.st_ino), status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+} // namespace
+
 std::shared_ptr<SnippetsDatabase> SnippetsDatabase::shared() {
     return std::dynamic_pointer_cast<SnippetsDatabase>(sharedDB<SnippetsDatabase>());
+}
+
+void SnippetsDatabase::reloadFromStandardFile() {
+    reloadFromDefaultDB<SnippetsDatabase>();
+}
+
+bool SnippetsDatabase::save() {
+    if (!_dirty) {
+        return true;
+    }
+    const auto before = stampOf(_path);
+    saveDB();
+    return stampOf(_path) != before;
+}
+
+std::shared_ptr<Snippet> SnippetsDatabase::putBack(const std::shared_ptr<Snippet>& snippet) {
+    const bool isRemovedAgain =
+        std::any_of(_layawayRemovals.begin(), _layawayRemovals.end(), [&](const std::shared_ptr<_LTSnippet>& removed) {
+            return removed->snippetID() == snippet->snippetID();
+        });
+    const std::shared_ptr<Snippet> added = isRemovedAgain ? copyUnderFreeIdentity(*snippet) : snippet;
+    addSnippet(added);
+    return added;
+}
+
+void SnippetsDatabase::mendIdentities() {
+    std::set<double> taken;
+    for (const std::shared_ptr<_LTSnippet>& snippet : snippets()) {
+        const std::optional<NSDate> identity = snippet->snippetID();
+        if (identity && taken.insert(identity->timeIntervalSince1970()).second) {
+            continue;
+        }
+        const double time = _freeTimeAtOrBefore((identity ? *identity : NSDate::date()).timeIntervalSince1970());
+        snippet->setSnippetID(NSDate::dateWithTimeIntervalSince1970(time));
+        taken.insert(time);
+        notifyOfModificationForSnippet(snippet);
+    }
+}
+
+bool SnippetsDatabase::isLeaving(const _LTSnippet& snippet) const {
+    return std::any_of(_layawayRemovals.begin(), _layawayRemovals.end(),
+                       [&](const std::shared_ptr<_LTSnippet>& removed) { return removed.get() == &snippet; });
+}
+
+std::shared_ptr<Snippet> SnippetsDatabase::copyUnderFreeIdentity(const Snippet& snippet) {
+    double realID = 0;
+    std::shared_ptr<Snippet> copy =
+        _LTSnippet::emptySnippetWithUniqueIDStartingDate<Snippet>(NSDate::date().timeIntervalSince1970(), &realID);
+    *copy = snippet;
+    copy->setSnippetID(NSDate::dateWithTimeIntervalSince1970(realID));
+    return copy;
 }
 
 QString SnippetsDatabase::databaseFileName() const {

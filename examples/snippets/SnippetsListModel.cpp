@@ -150,17 +150,32 @@ void SnippetsListModel::followDatabase() {
     followList();
 }
 
-/// Takes over what came into the database's list and what left it. The notification does not say; but what is the same
-/// at both ends of the list is found faster than a record is drawn.
 void SnippetsListModel::followList() {
     const LTSnippetArray& list = m_database->snippets();
-    const std::size_t shorter = std::min(m_listed.size(), list.count());
+    if (!m_database->hasLeavingSnippets()) {
+        follow(list.begin(), list.end());
+        return;
+    }
+    std::vector<std::shared_ptr<_LTSnippet>> staying;
+    std::copy_if(list.begin(), list.end(), std::back_inserter(staying),
+                 [this](const std::shared_ptr<_LTSnippet>& record) { return !m_database->isLeaving(*record); });
+    follow(staying.begin(), staying.end());
+}
+
+/// Takes over what came into a list of records and what left it. The notification does not say; but what is the same at
+/// both ends of the list is found faster than a record is drawn.
+template <class Iterator>
+void SnippetsListModel::follow(Iterator list, Iterator listEnd) {
+    const auto count = static_cast<std::size_t>(listEnd - list);
+    const auto difference = [](std::size_t index) { return static_cast<std::ptrdiff_t>(index); };
+    const std::size_t shorter = std::min(m_listed.size(), count);
     std::size_t first = 0;
-    while (first < shorter && m_listed[first]->snippet == list[first]) {
+    while (first < shorter && m_listed[first]->snippet == list[difference(first)]) {
         ++first;
     }
     std::size_t tail = 0;
-    while (tail < shorter - first && m_listed[m_listed.size() - 1 - tail]->snippet == list[list.count() - 1 - tail]) {
+    while (tail < shorter - first &&
+           m_listed[m_listed.size() - 1 - tail]->snippet == list[difference(count - 1 - tail)]) {
         ++tail;
     }
 
@@ -171,14 +186,14 @@ void SnippetsListModel::followList() {
                   [&](const std::shared_ptr<Entry>& entry) { leaving.emplace(entry->snippet.get(), entry); });
     Entries now;
     Entries added;
-    for (std::size_t index = first; index < list.count() - tail; ++index) {
-        if (const auto kept = leaving.find(list[index].get()); kept != leaving.end()) {
+    for (std::size_t index = first; index < count - tail; ++index) {
+        if (const auto kept = leaving.find(list[difference(index)].get()); kept != leaving.end()) {
             now.push_back(kept->second);
             leaving.erase(kept);
             continue;
         }
         // The database makes no other class of record, and this program adds none.
-        added.push_back(entryOf(std::static_pointer_cast<Snippet>(list[index])));
+        added.push_back(entryOf(std::static_pointer_cast<Snippet>(list[difference(index)])));
         now.push_back(added.back());
     }
     if (leaving.empty() && added.empty()) {

@@ -67,6 +67,8 @@ private:
     [[nodiscard]] bool isMatch(Entry& entry) const;
     void followDatabase();
     void followList();
+    template <class Iterator>
+    void follow(Iterator list, Iterator listEnd);
     void followRecords();
     void showMatches();
 

@@ -101,7 +101,7 @@ bool SnippetsTour::run() {
     }
     const QString clipboard = stringValue(NSPasteboard::generalPasteboard());
     const bool succeeded = showList() && showSearch() && showSelection() && showAdded() && showRenamed() &&
-                           showRemoved() && showHelp() && tellFile();
+                           showRemoved() && showSync() && showHelp() && tellFile();
     if (!clipboard.isNull()) {
         NSPasteboard::generalPasteboard().clearContents();
         NSPasteboard::generalPasteboard().setString(clipboard, QString::fromLatin1(NSStringPboardType));
@@ -182,7 +182,9 @@ bool SnippetsTour::answerSheet(const std::function<void()>& ask, const QString& 
         watch.stop();
         succeeded = takePicture(*m_application.modalWindow(), picture);
         for (const QChar character : typed) {
-            const int key = character == QLatin1Char('\r') ? int{Qt::Key_Return} : int{character.toUpper().unicode()};
+            const int key = character == QLatin1Char('\r')  ? int{Qt::Key_Return}
+                            : character == QChar(u'\u001b') ? int{Qt::Key_Escape}
+                                                            : int{character.toUpper().unicode()};
             for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
                 QKeyEvent event(type, key, Qt::NoModifier, character);
                 QCoreApplication::sendEvent(sheet->windowHandle(), &event);
@@ -210,12 +212,16 @@ bool SnippetsTour::showRemoved() {
     return takePicture(window, QStringLiteral("07-removed"));
 }
 
+bool SnippetsTour::showSync() {
+    return answerSheet([&] { m_application.askHowToSync(); }, QStringLiteral("08-sync"), QStringLiteral("\u001b"));
+}
+
 bool SnippetsTour::showHelp() {
     m_application.showHelp(nullptr);
     if (!LTHelpLoader::exists() || LTHelpLoader::loader().text().isEmpty()) {
         return fail(QStringLiteral("there is no help"));
     }
-    return takePicture(LTHelpLoader::loader().window(), QStringLiteral("08-help"));
+    return takePicture(LTHelpLoader::loader().window(), QStringLiteral("09-help"));
 }
 
 /// Counts what is in the file, not what is in memory.

@@ -10,6 +10,7 @@
 #include "SnippetQuestions.h"
 #include "SnippetsListModel.h"
 #include "SnippetsListView.h"
+#include "sync/SnippetsSyncManager.h"
 
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/platform/foundation/NSTimer.h>
@@ -127,6 +128,8 @@ SnippetsWindow::~SnippetsWindow() {
 void SnippetsWindow::makeWidgets() {
     m_messageBar = new MessageBar(contentView());
     m_messageBar->setObjectName(QStringLiteral("messageBar"));
+    m_syncBar = new MessageBar(contentView());
+    m_syncBar->setObjectName(QStringLiteral("syncBar"));
     m_undoBar = new MessageBar(contentView());
     m_undoBar->setObjectName(QStringLiteral("undoBar"));
     m_undoBar->setAction(QStringLiteral("Undo"), QStringLiteral("Undo removal"));
@@ -233,6 +236,7 @@ void SnippetsWindow::layOutWidgets() {
     layout->addWidget(head);
     layout->addSpacing(1);
     layout->addWidget(m_messageBar);
+    layout->addWidget(m_syncBar);
     layout->addWidget(m_splitter, 1);
     layout->addWidget(m_undoBar);
     layout->addLayout(buttonLayout);
@@ -306,6 +310,10 @@ bool SnippetsWindow::addFromClipboard() {
         sayForAWhile(QStringLiteral("There is no text on the clipboard"));
         return false;
     }
+    if (m_database->holdsChangesBack()) {
+        sayForAWhile(quoted(added->title()) + QStringLiteral(" comes in when the sync has ended"));
+        return true;
+    }
     selectSnippet(*added);
     sayForAWhile(QStringLiteral("Added ") + quoted(added->title()));
     return true;
@@ -369,10 +377,15 @@ void SnippetsWindow::undoRemoval() {
     }
     const std::vector<std::shared_ptr<Snippet>> removed = std::exchange(m_removed, {});
     forgetRemoved();
+    std::shared_ptr<Snippet> last;
     for (const std::shared_ptr<Snippet>& snippet : removed) {
-        m_database->addSnippet(snippet);
+        last = m_database->putBack(snippet);
     }
-    selectSnippet(*removed.back());
+    if (m_database->holdsChangesBack()) {
+        sayForAWhile(quoted(last->title()) + QStringLiteral(" comes back when the sync has ended"));
+    } else {
+        selectSnippet(*last);
+    }
 }
 
 void SnippetsWindow::forgetRemoved() {
@@ -398,11 +411,15 @@ void SnippetsWindow::showImportResult(const SnippetImportResult& result) {
         QStringLiteral("%1 imported, %2 not").arg(numbered(imported, "file was", "files were")).arg(refused), details);
 }
 
-void SnippetsWindow::tellBackup(const QString& problem) {
-    if (problem.isEmpty()) {
-        sayForAWhile(QStringLiteral("Backed up"));
+void SnippetsWindow::tellSync(const SyncReport& report) {
+    if (!report.problem.isEmpty()) {
+        m_syncBar->showMessage(QStringLiteral("Not synced: ") + report.problem, report.notes);
+    } else if (!report.notes.isEmpty()) {
+        m_syncBar->showMessage(QStringLiteral("Synced, with something to know"), report.notes);
     } else {
-        m_messageBar->showMessage(QStringLiteral("There is no new backup"), {problem});
+        // What an earlier sync had to say is settled.
+        m_syncBar->hide();
+        sayForAWhile(QStringLiteral("Synced"));
     }
 }
 

@@ -22,6 +22,7 @@ class SnippetsListModel;
 class SnippetsListView;
 class _LTSnippet;
 struct SnippetImportResult;
+struct SyncReport;
 
 /// The program's window, which hangs under its status item: search, the list, and the selected snippet with its text.
 ///
@@ -81,8 +82,8 @@ public:
     /// Tells what an import did, where it is worth telling: when something was refused.
     void showImportResult(const SnippetImportResult& result);
 
-    /// Tells how a backup ended; nothing in `problem` is good.
-    void tellBackup(const QString& problem);
+    /// Tells how a sync ended: quietly where all went well, with all that the user should know otherwise.
+    void tellSync(const SyncReport& report);
 
     /// Keeps the division of the window for the next launch.
     void saveDivision() const;
@@ -122,6 +123,7 @@ private:
     SnippetsListModel* m_model;
 
     MessageBar* m_messageBar = nullptr;
+    MessageBar* m_syncBar = nullptr;
     MessageBar* m_undoBar = nullptr;
     QLineEdit* m_search = nullptr;
     QAction* m_clearSearch = nullptr;

@@ -194,3 +194,20 @@ TEST(DateText, TellsADateInFull) {
 }
 
 } // namespace
+TEST(Snippet, FirstLineIsFoundHoweverLongTheTextAndWhereverItBegins) {
+    Snippet snippet;
+    snippet.setTitle(QStringLiteral("Title"));
+    snippet.setText(QStringLiteral("line\n") + QString(100'000, u'ä'));
+    EXPECT_EQ(snippet.firstLine(), QStringLiteral("line"));
+    snippet.setText(QString(100'000, u' ') + QStringLiteral("\nlate\n"));
+    EXPECT_EQ(snippet.firstLine(), QStringLiteral("late"));
+    // The line that is the title, going on beyond what is looked at first.
+    snippet.setTitle(QString(200, u'x'));
+    snippet.setText(QString(4090, u' ') + QString(200, u'x') + QStringLiteral("\nafter"));
+    EXPECT_EQ(snippet.firstLine(), QStringLiteral("after"));
+    snippet.setText(QString(100'000, u'ä'));
+    EXPECT_EQ(snippet.firstLine(), QString(240, u'ä'));
+    // A character of four bytes across the end of what is looked at first.
+    snippet.setText(QString(4094, u' ') + QStringLiteral("\U0001F600\nnext"));
+    EXPECT_EQ(snippet.firstLine(), QStringLiteral("\U0001F600"));
+}

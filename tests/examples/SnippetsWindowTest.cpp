@@ -7,7 +7,6 @@
 #include <SnippetQuestions.h>
 #include <SnippetsListModel.h>
 #include <SnippetsListView.h>
-#include <SnippetsSyncManager.h>
 #include <SnippetsWindow.h>
 
 #include <VXKit/app/LTStatusItemView.h>
@@ -448,56 +447,6 @@ TEST_F(SnippetsApplicationTest, HangsItsWindowUnderItsStatusItem) {
     application.showMainWindow();
     const auto* view = dynamic_cast<LTStatusItemView*>(application.statusItem()->view());
     EXPECT_EQ(NSMaxY(application.window().NSWindow::frame()), NSMinY(view->frameOfStatusItem()));
-}
-
-TEST_F(SnippetsApplicationTest, BacksItsSnippetsUpWhileItsSymbolPulses) {
-    std::vector<std::string> posts;
-    std::vector<bool> inProgress;
-    const auto observation =
-        NSNotificationCenter::defaultCenter().addObserverForName("", nullptr, [&](const NSNotification& notification) {
-            if (notification.name.starts_with("LTSyncManager")) {
-                posts.emplace_back(notification.name);
-                inProgress.push_back(application.syncManagerClass()->isSyncInProgress());
-            }
-        });
-    const NSTimer::IntervalsForTesting fast([](double) { return 0.001; });
-    add(7.0, "Backed up");
-    QSignalSpy ended(&application.syncManager(), &SnippetsSyncManager::ended);
-    application.syncManager().sync();
-    application.syncManager().sync(); // one at a time
-    ASSERT_TRUE(QTest::qWaitFor([&] { return ended.count() == 1; }));
-    EXPECT_EQ(ended.first().first().toString(), QString());
-    EXPECT_THAT(posts, testing::ElementsAre(LTSyncManagerHasBegunSyncing, LTSyncManagerHasEndedSyncing));
-    EXPECT_THAT(inProgress, testing::ElementsAre(true, false));
-
-    const std::optional<NSDictionary> copy =
-        NSDictionary::dictionaryWithContentsOfFile(SnippetsSyncManager::backupPath());
-    ASSERT_TRUE(copy);
-    EXPECT_EQ(copy->objectOfType<NSArray>("contents")->size(), 1U);
-}
-
-TEST_F(SnippetsApplicationTest, SaysWhereABackupCannotBeWritten) {
-    const NSTimer::IntervalsForTesting fast([](double) { return 0.001; });
-    const QString folder = QFileInfo(SnippetsSyncManager::backupPath()).path();
-    ASSERT_TRUE(QDir().mkpath(QFileInfo(folder).path()));
-    QFile inTheWay(folder);
-    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
-    QSignalSpy ended(&application.syncManager(), &SnippetsSyncManager::ended);
-    testing::internal::CaptureStderr();
-    application.syncManager().sync();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return ended.count() == 1; }));
-    EXPECT_TRUE(ended.first().first().toString().startsWith(folder));
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("Snippets"), std::string::npos);
-    EXPECT_FALSE(application.syncManagerClass()->isSyncInProgress());
-}
-
-TEST_F(SnippetsApplicationTest, DoesNotBackUpWhileSyncingIsOff) {
-    application.syncManagerClass()->disableSyncing();
-    application.syncManager().sync();
-    EXPECT_FALSE(application.syncManagerClass()->isSyncInProgress());
-    application.syncManagerClass()->enableSyncing();
-    application.syncManager().sync();
-    EXPECT_TRUE(application.syncManagerClass()->isSyncInProgress());
 }
 
 TEST_F(SnippetsApplicationTest, TogglesAndClosesItsWindowAsTheKitAsks) {
