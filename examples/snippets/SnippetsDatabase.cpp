@@ -45,7 +45,7 @@ std::shared_ptr<Snippet> SnippetsDatabase::putBack(const std::shared_ptr<Snippet
         std::any_of(_layawayRemovals.begin(), _layawayRemovals.end(), [&](const std::shared_ptr<_LTSnippet>& removed) {
             return removed->snippetID() == snippet->snippetID();
         });
-    const std::shared_ptr<Snippet> added = isRemovedAgain ? copyUnderFreeIdentity(*snippet) : snippet;
+    std::shared_ptr<Snippet> added = isRemovedAgain ? copyUnderFreeIdentity(*snippet) : snippet;
     addSnippet(added);
     return added;
 }
