@@ -23,14 +23,19 @@
 #include <VXKit/hud/LTHUDWindow.h>
 #include <VXKit/hud/NSWindow+NSWindowAdditions.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
+#include <VXKit/platform/appkit/FrameAnimator.h>
 #include <VXKit/platform/appkit/KeyCodes.h>
 #include <VXKit/platform/appkit/KeyModifiers.h>
+#include <VXKit/platform/appkit/NSAnimation.h>
+#include <VXKit/platform/appkit/NSAnimationContext.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSButton.h>
 #include <VXKit/platform/appkit/NSButtonCell.h>
+#include <VXKit/platform/appkit/NSCursor.h>
 #include <VXKit/platform/appkit/NSEvent.h>
 #include <VXKit/platform/appkit/NSImageView.h>
 #include <VXKit/platform/appkit/NSOpenPanel.h>
+#include <VXKit/platform/appkit/NSPanel.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/platform/appkit/NSSavePanel.h>
 #include <VXKit/platform/appkit/NSScreen.h>
@@ -58,6 +63,7 @@
 #include <VXKit/platform/foundation/NSPropertyListSerialization.h>
 #include <VXKit/platform/foundation/NSTimer.h>
 #include <VXKit/platform/foundation/NSUserDefaults.h>
+#include <VXKit/platform/graphics/CIPerspectiveTransform.h>
 #include <VXKit/platform/graphics/GaussianBlur.h>
 #include <VXKit/platform/graphics/NSBezierPath.h>
 #include <VXKit/platform/graphics/NSColor.h>

@@ -10,14 +10,12 @@
 #include <QPointer>
 #include <QTimer>
 
-#include <chrono>
 #include <utility>
 
 namespace {
 
 constexpr double nanosecondsPerSecond = 1e9;
 constexpr double longest = 3600; // seconds
-constexpr std::chrono::milliseconds frameTime(16);
 
 double durationFactor = 1;
 
@@ -33,11 +31,23 @@ bool blockingAnimationsJump() {
     return durationFactor == 0 || prefersReducedMotion();
 }
 
-void runBlockingAnimation(QObject& target, double seconds, const std::function<void(double)>& step) {
-    const QPointer<QObject> guard(&target);
+double shownSeconds(double seconds) {
     const double scaled = seconds * durationFactor;
-    if (scaled > 0 && scaled < longest && !blockingAnimationsJump()) {
-        const QEasingCurve curve = easeInOut();
+    return scaled > 0 && scaled < longest && !blockingAnimationsJump() ? scaled : 0;
+}
+
+double easedInOut(double share) {
+    static const QEasingCurve curve = easeInOut();
+    return curve.valueForProgress(share);
+}
+
+void runBlockingAnimation(QObject& target, double seconds, const std::function<void(double)>& step) {
+    runBlockingFrames(target, seconds, [&step](double share) { step(share == 1 ? 1 : easedInOut(share)); });
+}
+
+void runBlockingFrames(QObject& target, double seconds, const std::function<void(double)>& step) {
+    const QPointer<QObject> guard(&target);
+    if (const double shown = shownSeconds(seconds); shown > 0) {
         QElapsedTimer clock;
         QEventLoop loop;
         // Not an animation of Qt's: while one of these makes a step all others stand still, so what a step calls could
@@ -45,16 +55,16 @@ void runBlockingAnimation(QObject& target, double seconds, const std::function<v
         QTimer frames;
         frames.setTimerType(Qt::PreciseTimer);
         QObject::connect(&frames, &QTimer::timeout, &loop, [&] {
-            const double share = static_cast<double>(clock.nsecsElapsed()) / (scaled * nanosecondsPerSecond);
+            const double share = static_cast<double>(clock.nsecsElapsed()) / (shown * nanosecondsPerSecond);
             if (share >= 1) {
                 loop.quit();
             } else if (guard) {
-                step(curve.valueForProgress(share));
+                step(share);
             }
         });
         QObject::connect(&target, &QObject::destroyed, &loop, &QEventLoop::quit);
         clock.start();
-        frames.start(frameTime);
+        frames.start(animationFrameTime);
         loop.exec(QEventLoop::ExcludeUserInputEvents);
     }
     if (guard) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/appkit/NSView.h>
 
+#include <VXKit/platform/appkit/FrameAnimations.h>
+#include <VXKit/platform/appkit/FrameAnimator.h>
 #include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
@@ -17,6 +19,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <typeinfo>
 #include <unordered_map>
 
 template class ViewOf<QWidget>;
@@ -157,6 +160,7 @@ NSRect ViewCore::frame() const {
 }
 
 void ViewCore::setFrame(const NSRect& frame) {
+    FrameAnimations::frameIsSet(*m_self);
     m_frame = frame;
     m_hasFrame = true;
     place();
@@ -181,6 +185,10 @@ void ViewCore::setFrameOrigin(const NSPoint& origin) {
 
 void ViewCore::setFrameSize(const NSSize& size) {
     setFrame({frame().origin, size});
+}
+
+ViewAnimator ViewCore::animator() {
+    return ViewAnimator(*this);
 }
 
 void ViewCore::place() {
@@ -246,6 +254,7 @@ void ViewCore::applyAutoresizing(const QRect& geometryBefore, const NSSize& oldS
                  isSpring(NSViewMinXMargin), isSpring(NSViewWidthSizable), isSpring(NSViewMaxXMargin));
     followLength(frame.origin.y, frame.size.height, oldSuperSize.height, superview.m_self->height(),
                  isSpring(NSViewMinYMargin), isSpring(NSViewHeightSizable), isSpring(NSViewMaxYMargin));
+    const FrameAnimations::Continuing continuing(*m_self);
     setFrame(frame);
 }
 
@@ -340,6 +349,10 @@ void ViewCore::setNeedsDisplayInRect(const NSRect& rect) {
 }
 
 void ViewCore::paint(QWidget& surface, const QRegion& dirtyRegion) {
+    if (typeid(*m_self) == typeid(NSView)) {
+        // Nothing to draw, and not worth a painter: in a page that slides, such a view is painted with each frame.
+        return;
+    }
     m_dirtyRect = dirtyRegion.boundingRect();
     m_paintHeight = surface.height();
     {

@@ -28,6 +28,7 @@ class NSColor;
 class NSWindow;
 class QColor;
 class QImage;
+class ViewAnimator;
 
 /// Posted with the view as sender when its frame has changed, by views that were asked to (setPosts…).
 inline constexpr const char* NSViewFrameDidChangeNotification = "NSViewFrameDidChangeNotification";
@@ -70,6 +71,9 @@ public:
     virtual void setFrame(const NSRect& frame);
     void setFrameOrigin(const NSPoint& origin);
     void setFrameSize(const NSSize& size);
+    /// Changes what is set through it by and by, as the current NSAnimationContext says; see FrameAnimator.h. A frame
+    /// that is set here ends that, one that comes of the superview's size does not. AppKit: `-animator`.
+    [[nodiscard]] ViewAnimator animator();
 
     /// The view's own coordinates: the origin is (0, 0).
     [[nodiscard]] virtual NSRect bounds() const;

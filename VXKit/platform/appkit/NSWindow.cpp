@@ -3,6 +3,8 @@
 
 #include <VXKit/platform/appkit/Backdrop.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
+#include <VXKit/platform/appkit/FrameAnimations.h>
+#include <VXKit/platform/appkit/FrameAnimator.h>
 #include <VXKit/platform/appkit/KeyCodes.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSButton.h>
@@ -156,12 +158,6 @@ double largestChange(const NSRect& from, const NSRect& to) {
                      std::abs(NSMinY(to) - NSMinY(from)), std::abs(NSMaxY(to) - NSMaxY(from))});
 }
 
-NSRect between(const NSRect& from, const NSRect& to, double progress) {
-    const auto mix = [progress](double a, double b) { return a + (b - a) * progress; };
-    return NSMakeRect(mix(from.origin.x, to.origin.x), mix(from.origin.y, to.origin.y),
-                      mix(from.size.width, to.size.width), mix(from.size.height, to.size.height));
-}
-
 } // namespace
 
 /// Hands what the native window gets to sendEvent. An object of its own, so that a subclass may watch its views with an
@@ -199,12 +195,12 @@ void NSEnableScreenUpdates() {
     // What appears first, so that there is never nothing.
     for (NSWindow* window : windows) {
         if (window->m_alphaValue > 0 && !window->m_goesOutLater && std::exchange(window->m_changesAlphaLater, false)) {
-            window->applyAlpha();
+            window->applyLateAlpha();
         }
     }
     for (const QPointer<NSWindow>& window : windows) {
         if (window && std::exchange(window->m_changesAlphaLater, false)) {
-            window->applyAlpha();
+            window->applyLateAlpha();
         }
         if (window && window->m_goesOutLater) {
             window->orderOutNow();
@@ -384,6 +380,7 @@ void NSWindow::applySizeLimits(const QSize& size) {
 }
 
 void NSWindow::setFrame(const NSRect& frame, bool display) {
+    FrameAnimations::frameIsSet(*this);
     const QPointer<NSWindow> self(this);
     const NSRect before = NSWindow::frame();
     m_frame = frame;
@@ -405,8 +402,12 @@ void NSWindow::setFrame(const NSRect& frame, bool display, bool animate) {
     }
     runBlockingAnimation(*this, animationResizeTime(frame), [&](double progress) {
         const bool isLast = progress == 1;
-        setFrame(isLast ? frame : between(from, frame, progress), display || !isLast);
+        setFrame(isLast ? frame : rectBetween(from, frame, progress), display || !isLast);
     });
+}
+
+WindowAnimator NSWindow::animator() {
+    return WindowAnimator(*this);
 }
 
 void NSWindow::setFrameOrigin(const NSPoint& origin) {
@@ -516,6 +517,15 @@ void NSWindow::applyAlpha() {
     }
 }
 
+/// What waited for screen updates: at once, because what goes on the screen next may rely on it.
+void NSWindow::applyLateAlpha() {
+    m_comesInLater = false;
+    applyAlpha();
+    if (m_shapeIsStale && !m_goesOutLater) {
+        updateShape();
+    }
+}
+
 void NSWindow::setBackgroundColor(const NSColor& color) {
     m_backgroundColor = color;
     scheduleShapeUpdate();
@@ -586,10 +596,12 @@ void NSWindow::orderIn(NSWindowOrderingMode place, int otherWindowNumber) {
     }
     const bool comesIn = !QWidget::isVisible();
     if (comesIn) {
-        if (screenUpdatesDisabled > 0 &&
-            WindowEffects::sharedEffects().isAvailable(WindowEffects::Effect::Translucency)) {
-            setWindowOpacity(0);
+        if (screenUpdatesDisabled > 0) {
             m_changesAlphaLater = true;
+            m_comesInLater = true; // cut to nothing where it cannot be translucent
+            if (WindowEffects::sharedEffects().isAvailable(WindowEffects::Effect::Translucency)) {
+                setWindowOpacity(0);
+            }
         } else {
             applyAlpha();
         }
@@ -1083,7 +1095,7 @@ void NSWindow::updateShape() {
     WindowEffects& effects = WindowEffects::sharedEffects();
     const bool canBeTranslucent = effects.isAvailable(WindowEffects::Effect::Translucency);
     m_opaqueBackground = QImage();
-    if (!canBeTranslucent && m_alphaValue <= 0) {
+    if (!canBeTranslucent && (m_alphaValue <= 0 || m_comesInLater)) {
         // Nothing of it: a region beside the window.
         setMask(QRegion(-1, -1, 1, 1));
         return;

@@ -81,6 +81,7 @@ enum class NSWindowManagement {
 
 class NSButton;
 class NSButtonCell;
+class WindowAnimator;
 
 /// Windows do not change on the screen until NSEnableScreenUpdates has been called as often: those that are ordered out
 /// or lose their opacity meanwhile stay as they are, so that what comes in their place is there before they go. An
@@ -114,6 +115,9 @@ public:
     /// With `animate`, gets there smoothly in animationResizeTime and returns when it is there; the user's input waits.
     /// AppKit: `-setFrame:display:animate:`.
     virtual void setFrame(const NSRect& frame, bool display, bool animate);
+    /// Changes what is set through it by and by, as the current NSAnimationContext says; see FrameAnimator.h. A frame
+    /// that is set here ends that. AppKit: `-animator`.
+    [[nodiscard]] WindowAnimator animator();
     /// AppKit: `-setFrameOrigin:`.
     virtual void setFrameOrigin(const NSPoint& origin);
     /// Puts the window in the middle across and a third of the free height below the top of what panels leave free.
@@ -306,6 +310,7 @@ private:
     void setWentOutWithParent(const NSWindow* child, bool flag);
     void becomeMainWindow();
     void applyAlpha();
+    void applyLateAlpha();
     bool pressDefaultButton(const NSEvent& event);
     void passKeyboardOn();
     void scheduleShapeUpdate();
@@ -342,6 +347,7 @@ private:
     bool m_isSheet = false;
     bool m_goesOutLater = false;
     bool m_changesAlphaLater = false;
+    bool m_comesInLater = false;
     bool m_shapeIsStale = false;
     QImage m_backdrop;         // of a window that blurs what is below by itself
     QImage m_opaqueBackground; // where there is no compositing manager

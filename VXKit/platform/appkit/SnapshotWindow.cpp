@@ -44,7 +44,13 @@ std::shared_ptr<NSImage> snapshotOfWindow(NSWindow& window) {
     }
     pixels.setDevicePixelRatio(pixelRatio);
     pixels.fill(Qt::transparent);
-    window.render(&pixels);
+    // A window without a compositing manager's help is invisible by being cut to nothing.
+    const bool isInvisible = !window.mask().isEmpty() && !window.mask().intersects(window.rect());
+    QWidget::RenderFlags flags = QWidget::DrawWindowBackground | QWidget::DrawChildren;
+    flags.setFlag(QWidget::IgnoreMask, isInvisible);
+    // Qt paints what is left of a window that is cut at the offset itself, as if it began there.
+    const QPoint corner = isInvisible || window.mask().isEmpty() ? QPoint() : window.mask().boundingRect().topLeft();
+    window.render(&pixels, corner, QRegion(), flags);
     return NSImage::initWithQImage(pixels);
 }
 

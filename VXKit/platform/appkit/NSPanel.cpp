@@ -1,0 +1,6 @@
+// SPDX-License-Identifier: MIT
+#include <VXKit/platform/appkit/NSPanel.h>
+
+bool NSPanel::canBecomeMainWindow() const {
+    return false;
+}
