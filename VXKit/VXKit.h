@@ -77,4 +77,11 @@
 #include <VXKit/support/NSPasteboard+VXKitAdditions.h>
 #include <VXKit/support/VXKitResources.h>
 #include <VXKit/support/VXLog.h>
+#include <VXKit/transitions/FliprAnimation.h>
+#include <VXKit/transitions/FliprPanel.h>
+#include <VXKit/transitions/FliprView.h>
+#include <VXKit/transitions/LTPreferenceTabs.h>
+#include <VXKit/transitions/LTSwitchableView.h>
+#include <VXKit/transitions/NSWindow+Flipr.h>
 #include <VXKit/transitions/NSWindow+NoodleEffects.h>
+#include <VXKit/transitions/_LTPrefTab.h>
