@@ -9,12 +9,11 @@
 
 namespace {
 
-constexpr const char* withoutAskingKey = "SnippetsRemoveWithoutAsking";
 constexpr qsizetype longestTitle = 40; // characters, in a headline
 
 void removeWithoutAskingFromNowOn() {
     NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
-    defaults.setBool(true, withoutAskingKey);
+    defaults.setBool(true, removeWithoutAskingKey);
     if (!defaults.synchronize()) {
         VXLog("That removals are not to be asked about could not be kept");
     }
@@ -27,7 +26,7 @@ QString shortened(const QString& title) {
 } // namespace
 
 bool asksBeforeRemoving() {
-    return !NSUserDefaults::standardUserDefaults().boolForKey(withoutAskingKey);
+    return !NSUserDefaults::standardUserDefaults().boolForKey(removeWithoutAskingKey);
 }
 
 bool mayRemove(const Snippet& snippet, NSWindow& window) {

@@ -9,7 +9,10 @@
 class NSWindow;
 class Snippet;
 
-/// Whether the person is asked before a snippet is removed (the user-defaults key `SnippetsRemoveWithoutAsking`).
+/// The user default that keeps the person from being asked before a snippet is removed.
+inline constexpr const char* removeWithoutAskingKey = "SnippetsRemoveWithoutAsking";
+
+/// Whether the person is asked before a snippet is removed.
 [[nodiscard]] bool asksBeforeRemoving();
 
 /// Whether `snippet` may be removed. Asks, unless the person has once wished not to be asked again.

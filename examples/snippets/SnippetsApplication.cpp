@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "SnippetsApplication.h"
 
+#include "AboutWindow.h"
 #include "Appearance.h"
 #include "SnippetPasteboard.h"
 #include "SnippetsListModel.h"
 #include "SnippetsWindow.h"
-#include "sync/SyncPanel.h"
+#include "sync/PasswordSheet.h"
 
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/platform/appkit/NSStatusBar.h>
 #include <VXKit/support/VXLog.h>
+#include <VXKit/transitions/NSWindow+Flipr.h>
 
 #include <QDir>
 #include <QMenu>
@@ -75,9 +77,9 @@ void SnippetsApplication::makeSyncManager() {
         }
         m_window->tellSync(report);
     });
-    connect(m_syncManager.get(), &SnippetsSyncManager::needsSettings, this, &SnippetsApplication::askHowToSync);
-    connect(m_syncManager.get(), &SnippetsSyncManager::needsPassword, this,
-            [this] { askForPassword(QStringLiteral("The server asks for your password.")); });
+    connect(m_syncManager.get(), &SnippetsSyncManager::needsSettings, this,
+            [this] { showPreferences(PreferencesWindow::Page::Sync); });
+    connect(m_syncManager.get(), &SnippetsSyncManager::needsPassword, this, &SnippetsApplication::askForSyncPassword);
 }
 
 /// Shows what m_database holds, in place of what was shown before.
@@ -98,17 +100,26 @@ void SnippetsApplication::openDatabase() {
 }
 
 void SnippetsApplication::makeWindow() {
+    m_about.reset();
     m_window = std::make_unique<SnippetsWindow>(m_database);
     m_window->awakeFromNib();
     connect(m_window.get(), &SnippetsWindow::left, this, [this] {
         m_statusItemView->setHighlighted(false);
         switchBackToApp();
     });
-    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), m_window.get()), &QShortcut::activated, this,
-            [this] { terminate(nullptr); });
+    connect(m_window.get(), &SnippetsWindow::asksWhatItIs, this, &SnippetsApplication::showAbout);
+    addShortcuts(*m_window);
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), m_window.get()), &QShortcut::activated, m_window.get(),
             &SnippetsWindow::leave);
-    connect(new QShortcut(QKeySequence(QKeySequence::HelpContents), m_window.get()), &QShortcut::activated, this,
+}
+
+/// Those of the whole program.
+void SnippetsApplication::addShortcuts(LTWindow& window) {
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), &window), &QShortcut::activated, this,
+            [this] { terminate(nullptr); });
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma), &window), &QShortcut::activated, this,
+            [this] { showPreferences(PreferencesWindow::Page::General); });
+    connect(new QShortcut(QKeySequence(QKeySequence::HelpContents), &window), &QShortcut::activated, this,
             [this] { showHelp(nullptr); });
 }
 
@@ -120,26 +131,69 @@ void SnippetsApplication::useStandardFile() {
     SnippetsDatabase::reloadFromStandardFile();
     m_database = SnippetsDatabase::shared();
     openDatabase();
+    if (m_preferences) {
+        m_preferences->showDatabase(m_database->path(), m_syncManager->isEnabled());
+    }
     showMainWindow();
 }
 
-void SnippetsApplication::askHowToSync() {
-    if (modalWindow() || !m_syncManager->isEnabled()) {
+PreferencesWindow& SnippetsApplication::preferences() {
+    if (!m_preferences) {
+        m_preferences = std::make_unique<PreferencesWindow>(
+            [this](const SyncSettings& settings, const QString& password) {
+                m_syncManager->configure(settings, password);
+            },
+            [this] { useStandardFile(); });
+    }
+    return *m_preferences;
+}
+
+void SnippetsApplication::showPreferences(PreferencesWindow::Page page) {
+    if (modalWindow()) {
         return;
     }
-    showMainWindow();
-    if (const std::optional<SyncAnswer> answer = askForSyncSettings(SyncSettings::load(), *m_window)) {
-        m_syncManager->configure(answer->settings, answer->password);
-    }
+    // It hangs above everything else.
+    closeMainWindow();
+    activateIgnoringOtherApps(true);
+    preferences().showDatabase(m_database->path(), m_syncManager->isEnabled());
+    preferences().showPage(page);
 }
 
-void SnippetsApplication::askForPassword(const QString& reason) {
+void SnippetsApplication::askForSyncPassword() {
     if (modalWindow()) {
         return;
     }
     showMainWindow();
-    if (const std::optional<QString> password = askForSyncPassword(SyncSettings::load(), reason, *m_window)) {
+    const std::optional<QString> password = ::askForPassword(
+        SyncSettings::load().address.host(), QStringLiteral("The server asks for your password."), *m_window);
+    if (password) {
         m_syncManager->syncWithPassword(*password);
+    }
+}
+
+void SnippetsApplication::showAbout() {
+    if (modalWindow()) {
+        return;
+    }
+    if (!m_about) {
+        m_about = std::make_unique<AboutWindow>(m_window->NSWindow::frame().size);
+        m_about->awakeFromNib();
+        addShortcuts(*m_about);
+        connect(m_about.get(), &AboutWindow::done, this, &SnippetsApplication::leaveAbout);
+    }
+    if (m_about->isVisible()) {
+        m_about->makeKeyAndOrderFront(nullptr);
+        return;
+    }
+    showMainWindow();
+    m_about->setFrame(m_window->NSWindow::frame(), false);
+    flipToShowWindow(*m_window, *m_about, true);
+}
+
+void SnippetsApplication::leaveAbout() {
+    if (!modalWindow() && m_about && m_about->isVisible()) {
+        m_window->setFrame(m_about->NSWindow::frame(), false);
+        flipToShowWindow(*m_about, *m_window, false);
     }
 }
 
@@ -191,6 +245,9 @@ void SnippetsApplication::showMainWindow() {
     // First, while the other application is still in front and can be noted.
     activateIgnoringOtherApps(true);
     m_statusItemView->setHighlighted(true);
+    if (m_about && m_about->isVisible()) {
+        m_about->orderOut(nullptr);
+    }
     m_window->makeKeyAndOrderFront(nullptr);
 }
 
@@ -206,8 +263,8 @@ LTApplicationController* SnippetsApplication::applicationController() const {
 void SnippetsApplication::toggleMainWindow() {
     if (modalWindow()) {
         activateIgnoringOtherApps(true);
-        m_statusItemView->setHighlighted(m_window->isVisible());
-    } else if (m_window->isVisible()) {
+        m_statusItemView->setHighlighted(isShown());
+    } else if (isShown()) {
         closeMainWindow();
         switchBackToApp();
     } else {
@@ -217,10 +274,18 @@ void SnippetsApplication::toggleMainWindow() {
 
 void SnippetsApplication::closeMainWindow() {
     // A question over the window must not go with it: nothing else takes input until it is answered.
-    if (m_window->isVisible() && !modalWindow()) {
+    if (isShown() && !modalWindow()) {
         m_window->orderOut(nullptr);
+        if (m_about) {
+            m_about->orderOut(nullptr);
+        }
         m_statusItemView->setHighlighted(false);
     }
+}
+
+/// Whether the main window, or its back, is on the screen.
+bool SnippetsApplication::isShown() const {
+    return m_window->isVisible() || (m_about && m_about->isVisible());
 }
 
 void SnippetsApplication::makeMenu() {
@@ -231,8 +296,11 @@ void SnippetsApplication::makeMenu() {
     m_newestEnd = m_menu->addSeparator();
     m_syncNow = m_menu->addAction(QStringLiteral("Sync Now"), this,
                                   [this] { m_syncManager->sync(SnippetsSyncManager::Cause::User); });
-    m_menu->addAction(QStringLiteral("Sync Settings…"), this, [this] { askHowToSync(); });
     m_useStandardFile = m_menu->addAction(QStringLiteral("Use Standard Database"), this, [this] { useStandardFile(); });
+    m_menu->addSeparator();
+    m_menu->addAction(QStringLiteral("Preferences…"), this,
+                      [this] { showPreferences(PreferencesWindow::Page::General); });
+    m_menu->addAction(QStringLiteral("About Snippets"), this, [this] { showAbout(); });
     m_menu->addAction(QStringLiteral("Help"), this, [this] { showHelp(nullptr); });
     m_menu->addSeparator();
     m_menu->addAction(QStringLiteral("Quit"), this, [this] { terminate(nullptr); });

@@ -3,6 +3,7 @@
 
 #include "SnippetImporter.h"
 #include "SnippetsDatabase.h"
+#include "preferences/PreferencesWindow.h"
 #include "sync/SnippetsSyncManager.h"
 
 #include <VXKit/app/LTApplication.h>
@@ -13,6 +14,8 @@
 
 #include <memory>
 
+class AboutWindow;
+class LTWindow;
 class QAction;
 class QMenu;
 class SnippetsWindow;
@@ -42,8 +45,15 @@ public:
 
     [[nodiscard]] SnippetsSyncManager& syncManager() const { return *m_syncManager; }
 
-    /// Asks how to sync, over the main window, and does so from then on.
-    void askHowToSync();
+    /// Brings the preferences to the front.
+    void showPreferences(PreferencesWindow::Page page);
+    [[nodiscard]] PreferencesWindow& preferences();
+
+    /// Turns the main window over, to what the program is, and back.
+    void showAbout();
+    void leaveAbout();
+    /// Its back; null until it was turned over for the first time.
+    [[nodiscard]] AboutWindow* about() const { return m_about.get(); }
 
     /// Brings the window to the front with the keyboard.
     void showMainWindow();
@@ -64,7 +74,9 @@ private:
     void openDatabase();
     void makeWindow();
     void makeMenu();
-    void askForPassword(const QString& reason);
+    void askForSyncPassword();
+    void addShortcuts(LTWindow& window);
+    [[nodiscard]] bool isShown() const;
     void addFromClipboard();
     void listNewestSnippets();
 
@@ -72,6 +84,8 @@ private:
     std::unique_ptr<SnippetsSyncManager> m_syncManager;
     std::shared_ptr<SnippetsDatabase> m_database;
     std::unique_ptr<SnippetsWindow> m_window;
+    std::unique_ptr<AboutWindow> m_about;             // the back of the window
+    std::unique_ptr<PreferencesWindow> m_preferences; // made when it is first asked for
     std::unique_ptr<QMenu> m_menu;
     std::shared_ptr<NSStatusItem> m_statusItem;
     LTStatusItemView* m_statusItemView = nullptr; // owned by the item

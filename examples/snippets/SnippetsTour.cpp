@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "SnippetsTour.h"
 
+#include "AboutWindow.h"
 #include "SnippetQuestions.h"
 #include "SnippetsApplication.h"
 #include "SnippetsListModel.h"
@@ -101,7 +102,7 @@ bool SnippetsTour::run() {
     }
     const QString clipboard = stringValue(NSPasteboard::generalPasteboard());
     const bool succeeded = showList() && showSearch() && showSelection() && showAdded() && showRenamed() &&
-                           showRemoved() && showSync() && showHelp() && tellFile();
+                           showRemoved() && showPreferences() && showAbout() && showHelp() && tellFile();
     if (!clipboard.isNull()) {
         NSPasteboard::generalPasteboard().clearContents();
         NSPasteboard::generalPasteboard().setString(clipboard, QString::fromLatin1(NSStringPboardType));
@@ -182,9 +183,7 @@ bool SnippetsTour::answerSheet(const std::function<void()>& ask, const QString& 
         watch.stop();
         succeeded = takePicture(*m_application.modalWindow(), picture);
         for (const QChar character : typed) {
-            const int key = character == QLatin1Char('\r')  ? int{Qt::Key_Return}
-                            : character == QChar(u'\u001b') ? int{Qt::Key_Escape}
-                                                            : int{character.toUpper().unicode()};
+            const int key = character == QLatin1Char('\r') ? int{Qt::Key_Return} : int{character.toUpper().unicode()};
             for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
                 QKeyEvent event(type, key, Qt::NoModifier, character);
                 QCoreApplication::sendEvent(sheet->windowHandle(), &event);
@@ -212,8 +211,29 @@ bool SnippetsTour::showRemoved() {
     return takePicture(window, QStringLiteral("07-removed"));
 }
 
-bool SnippetsTour::showSync() {
-    return answerSheet([&] { m_application.askHowToSync(); }, QStringLiteral("08-sync"), QStringLiteral("\u001b"));
+bool SnippetsTour::showPreferences() {
+    using Page = PreferencesWindow::Page;
+    for (const auto& [page, name] : {std::pair(Page::General, "08-preferences"), std::pair(Page::Sync, "09-sync"),
+                                     std::pair(Page::Database, "10-database")}) {
+        m_application.showPreferences(page);
+        if (!takePicture(m_application.preferences(), QString::fromLatin1(name))) {
+            return false;
+        }
+    }
+    m_application.preferences().orderOut(nullptr);
+    return true;
+}
+
+bool SnippetsTour::showAbout() {
+    m_application.showAbout();
+    if (!m_application.about() || !m_application.about()->isVisible() || m_application.window().isVisible()) {
+        return fail(QStringLiteral("the window does not turn over"));
+    }
+    if (!takePicture(*m_application.about(), QStringLiteral("11-about"))) {
+        return false;
+    }
+    m_application.leaveAbout();
+    return m_application.window().isVisible() || fail(QStringLiteral("the window does not turn back"));
 }
 
 bool SnippetsTour::showHelp() {
@@ -221,7 +241,7 @@ bool SnippetsTour::showHelp() {
     if (!LTHelpLoader::exists() || LTHelpLoader::loader().text().isEmpty()) {
         return fail(QStringLiteral("there is no help"));
     }
-    return takePicture(LTHelpLoader::loader().window(), QStringLiteral("09-help"));
+    return takePicture(LTHelpLoader::loader().window(), QStringLiteral("12-help"));
 }
 
 /// Counts what is in the file, not what is in memory.

@@ -31,7 +31,8 @@ private:
     [[nodiscard]] bool showRenamed();
     [[nodiscard]] bool showRemoved();
     [[nodiscard]] bool answerSheet(const std::function<void()>& ask, const QString& picture, const QString& typed);
-    [[nodiscard]] bool showSync();
+    [[nodiscard]] bool showPreferences();
+    [[nodiscard]] bool showAbout();
     [[nodiscard]] bool showHelp();
     [[nodiscard]] bool tellFile() const;
     [[nodiscard]] bool takePicture(QWidget& window, const QString& name);

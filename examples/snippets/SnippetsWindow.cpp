@@ -180,6 +180,7 @@ void SnippetsWindow::makeWidgets() {
 
     m_status = new ElidedLabel(contentView());
     m_status->setForegroundRole(QPalette::PlaceholderText);
+    m_about = new QPushButton(QStringLiteral("i"), contentView());
     m_add = new QPushButton(QStringLiteral("Add from Clipboard"), contentView());
     m_rename = new QPushButton(QStringLiteral("Rename"), contentView());
     m_remove = new QPushButton(QStringLiteral("Remove"), contentView());
@@ -188,16 +189,19 @@ void SnippetsWindow::makeWidgets() {
     m_rename->setToolTip(QStringLiteral("Give the selected snippet another title (F2)"));
     m_remove->setToolTip(QStringLiteral("Remove the selected snippet (Delete)"));
     m_copy->setToolTip(QStringLiteral("Copy the selected snippet (Return copies and closes)"));
-    for (QPushButton* button : {m_add, m_rename, m_remove, m_copy}) {
+    m_about->setToolTip(QStringLiteral("Turn the window over, to what this program is"));
+    for (QPushButton* button : {m_about, m_add, m_rename, m_remove, m_copy}) {
         // A click on one leaves the keyboard where it was.
         button->setFocusPolicy(Qt::TabFocus);
         button->setAccessibleName(button->text());
         usePushButtonSize(*button);
     }
+    m_about->setAccessibleName(QStringLiteral("About Snippets"));
+    m_about->setFixedWidth(m_about->height());
     for (QWidget* widget :
          {static_cast<QWidget*>(m_search), static_cast<QWidget*>(m_list), static_cast<QWidget*>(m_preview),
-          static_cast<QWidget*>(m_add), static_cast<QWidget*>(m_rename), static_cast<QWidget*>(m_remove),
-          static_cast<QWidget*>(m_copy)}) {
+          static_cast<QWidget*>(m_about), static_cast<QWidget*>(m_add), static_cast<QWidget*>(m_rename),
+          static_cast<QWidget*>(m_remove), static_cast<QWidget*>(m_copy)}) {
         widget->installEventFilter(this);
     }
 }
@@ -224,6 +228,7 @@ void SnippetsWindow::layOutWidgets() {
     auto* buttonLayout = new QHBoxLayout;
     buttonLayout->setContentsMargins(margin, spacing + 2, margin, spacing + 2);
     buttonLayout->setSpacing(spacing);
+    buttonLayout->addWidget(m_about);
     buttonLayout->addWidget(m_status, 1);
     buttonLayout->addWidget(m_add);
     buttonLayout->addWidget(m_rename);
@@ -261,6 +266,7 @@ void SnippetsWindow::connectWidgets() {
     });
     connect(m_model, &QAbstractItemModel::rowsRemoved, this, &SnippetsWindow::updateCount);
     connect(m_model, &QAbstractItemModel::dataChanged, this, &SnippetsWindow::updatePreview);
+    connect(m_about, &QPushButton::clicked, this, &SnippetsWindow::asksWhatItIs);
     connect(m_add, &QPushButton::clicked, this, &SnippetsWindow::addFromClipboard);
     connect(m_rename, &QPushButton::clicked, this, &SnippetsWindow::renameSelected);
     connect(m_remove, &QPushButton::clicked, this, &SnippetsWindow::askToRemoveSelected);

@@ -96,6 +96,8 @@ public:
 Q_SIGNALS:
     /// The user is done and the window out of the way.
     void left();
+    /// The user wants to know what this program is.
+    void asksWhatItIs();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -134,6 +136,7 @@ private:
     QLabel* m_dates = nullptr;
     QPlainTextEdit* m_preview = nullptr;
     ElidedLabel* m_status = nullptr;
+    QPushButton* m_about = nullptr;
     QPushButton* m_add = nullptr;
     QPushButton* m_rename = nullptr;
     QPushButton* m_remove = nullptr;

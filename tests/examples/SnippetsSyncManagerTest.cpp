@@ -35,7 +35,6 @@
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
@@ -414,42 +413,31 @@ TEST_F(SyncingProgram, RemembersNothingOfASyncWhoseSnippetsCouldNotBeSaved) {
     EXPECT_THAT(texts(), ElementsAre("of the other")) << "once";
 }
 
-TEST_F(SyncingProgram, AsksHowToSyncWhereThatIsNotKnownAndBeginsThen) {
+TEST_F(SyncingProgram, OpensItsPreferencesWhereItIsNotKnownHowToSyncAndBeginsFromThere) {
     add(7.0, "Mine", "mine");
-    whenNextModalRunHasBegun(application, [this] {
-        auto* field = application.modalWindow()->findChild<QLineEdit*>();
-        ASSERT_TRUE(field);
-        // The address that it cannot be is refused, and the sheet stays.
-        field->setText(QStringLiteral("ftp://host/folder"));
-        for (QAbstractButton* button : application.modalWindow()->findChildren<QAbstractButton*>()) {
-            if (button->isCheckable()) {
-                button->setChecked(true);
-            }
-        }
-        QTest::keyClick(application.modalWindow()->windowHandle(), Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(application.modalWindow()->windowHandle(), Qt::Key_Return);
-        QTimer::singleShot(500, &application, [this, field] {
-            ASSERT_TRUE(application.modalWindow());
-            field->setText(server.address().toString());
-            QTest::keyClick(application.modalWindow()->windowHandle(), Qt::Key_Return);
-        });
-    });
     manager().sync(SnippetsSyncManager::Cause::User);
+    PreferencesWindow& window = application.preferences();
+    ASSERT_TRUE(window.isVisible());
+    auto* address = qobject_cast<QLineEdit*>(window.focusWidget());
+    ASSERT_TRUE(address) << "the first thing to type in";
+    EXPECT_EQ(address->accessibleName(), QStringLiteral("Address"));
+
+    // What cannot be an address is refused, and the window stays.
+    address->setText(QStringLiteral("ftp://host/folder"));
+    QTest::keyClick(window.windowHandle(), Qt::Key_Return);
+    QTest::qWait(300);
+    EXPECT_FALSE(SyncSettings::load().isOn);
+    EXPECT_TRUE(window.isVisible());
+
+    address->setText(server.address().toString());
+    QTest::keyClick(window.windowHandle(), Qt::Key_Return);
+    ASSERT_TRUE(waitForReport(1));
+    EXPECT_EQ(reports[0].problem, QString());
+    EXPECT_EQ(reports[0].sentCount, 1);
     const SyncSettings settings = SyncSettings::load();
     EXPECT_EQ(settings.address.toString().toStdString(), server.address().toString().toStdString());
     EXPECT_EQ(settings.name.toStdString(), "");
     EXPECT_TRUE(settings.isOn);
-    ASSERT_TRUE(waitForReport(1));
-    EXPECT_EQ(reports[0].problem, QString());
-    EXPECT_EQ(reports[0].sentCount, 1);
-}
-
-TEST_F(SyncingProgram, LeavesEverythingAsItIsWhereTheQuestionIsCancelled) {
-    whenNextModalRunHasBegun(application,
-                             [this] { QTest::keyClick(application.modalWindow()->windowHandle(), Qt::Key_Escape); });
-    manager().sync(SnippetsSyncManager::Cause::User);
-    EXPECT_EQ(SyncSettings::load(), SyncSettings());
-    EXPECT_FALSE(manager().isSyncInProgress());
 }
 
 TEST_F(SyncingProgram, UnderstandsAddressesAsPeopleTypeThem) {
@@ -462,13 +450,20 @@ TEST_F(SyncingProgram, UnderstandsAddressesAsPeopleTypeThem) {
 
 namespace {
 
+/// A program with its log on, which it looks for once, with the first line that may go there.
+struct Logging {
+    Logging() {
+        QCoreApplication::setApplicationName(QStringLiteral("snippets"));
+        NSUserDefaults::standardUserDefaults().setBool(true, "VXLoggingEnabled");
+    }
+};
+
 /// With a server that wants a password.
-class SyncingWithPassword : public SyncingProgram {
+class SyncingWithPassword : Logging, public SyncingProgram {
 protected:
     void SetUp() override {
         ASSERT_TRUE(guarded.start());
         SyncingProgram::SetUp();
-        NSUserDefaults::standardUserDefaults().setBool(true, "VXShouldLog");
         switchOn(guarded.address(), userName);
         QObject::connect(&manager(), &SnippetsSyncManager::needsPassword, [this] { ++questions; });
     }
@@ -520,6 +515,7 @@ TEST_F(SyncingWithPassword, AsksForItEachTimeWhereThereIsNoSecretServiceAndKeeps
     const QByteArray written =
         everythingIn(QDir::homePath()) + QByteArray::fromStdString(testing::internal::GetCapturedStderr());
     EXPECT_TRUE(written.contains(userName.toUtf8())) << "the search would find it";
+    EXPECT_TRUE(written.contains("No password from the secret service")) << "the log is on";
     for (const QByteArray& form :
          {password.toUtf8(), password.toUtf8().toBase64(), password.toUtf8().toPercentEncoding(),
           (userName + QLatin1Char(':') + password).toUtf8().toBase64(), QByteArray("se-cret&amp;Pass")}) {

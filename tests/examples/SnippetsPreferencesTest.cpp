@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+// The preferences window, and the back of the main window.
+#include "SnippetsHost.h"
+
+#include <AboutWindow.h>
+#include <SnippetQuestions.h>
+#include <SnippetsWindow.h>
+#include <preferences/PreferencesWindow.h>
+
+#include <VXKit/platform/appkit/BlockingAnimation.h>
+#include <VXKit/platform/desktop/MotionPreference.h>
+#include <VXKit/platform/foundation/NSTimer.h>
+#include <VXKit/platform/foundation/NSUserDefaults.h>
+#include <VXKit/transitions/LTPreferenceTabs.h>
+
+#include <QAbstractButton>
+#include <QLineEdit>
+#include <QTest>
+#include <QWindow>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+class SnippetsPreferences : public SnippetsHost {
+protected:
+    using Page = PreferencesWindow::Page;
+
+    void SetUp() override { ASSERT_TRUE(application.start()); }
+
+    PreferencesWindow& window() { return application.preferences(); }
+
+    QAbstractButton* button(const char* title) {
+        for (QAbstractButton* candidate : window().findChildren<QAbstractButton*>()) {
+            if (candidate->text().remove(u'&') == QString::fromUtf8(title)) {
+                return candidate;
+            }
+        }
+        return nullptr;
+    }
+
+    const AnimationDurationsForTesting noAnimations{0};
+};
+
+} // namespace
+
+TEST_F(SnippetsPreferences, TakesTheSizeOfEachPageAndKeepsItsTop) {
+    application.showPreferences(Page::General);
+    const NSRect general = window().NSWindow::frame();
+    EXPECT_EQ(general.size, NSMakeSize(380, 200));
+    application.showPreferences(Page::Sync);
+    const NSRect sync = window().NSWindow::frame();
+    EXPECT_EQ(sync.size, NSMakeSize(460, 330));
+    application.showPreferences(Page::Database);
+    const NSRect last = window().NSWindow::frame();
+    EXPECT_EQ(last.size, NSMakeSize(420, 240));
+    EXPECT_EQ(NSMaxY(sync), NSMaxY(general));
+    EXPECT_EQ(NSMaxY(last), NSMaxY(general));
+    EXPECT_EQ(NSMidX(sync), NSMidX(general));
+    EXPECT_EQ(NSMidX(last), NSMidX(general));
+}
+
+TEST_F(SnippetsPreferences, GoesToASmallerPageAfterALargerOneHasSettled) {
+    const NSTimer::IntervalsForTesting soon([](double) { return 0.001; });
+    application.showPreferences(Page::Sync);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return window().minSize() == NSMakeSize(460, 330); }));
+    application.showPreferences(Page::General);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window().NSWindow::frame().size == NSMakeSize(380, 200); }));
+}
+
+TEST_F(SnippetsPreferences, GoesThroughItsPagesByKeyboard) {
+    application.showPreferences(Page::General);
+    auto* tabs = window().findChild<LTPreferenceTabs*>();
+    tabs->findChild<QAbstractButton*>()->setFocus();
+    QTest::keyClick(window().windowHandle(), Qt::Key_Right);
+    EXPECT_EQ(tabs->indexOfSelectedTab(), 1);
+    QTest::keyClick(window().windowHandle(), Qt::Key_End);
+    EXPECT_EQ(tabs->indexOfSelectedTab(), 2);
+    QTest::keyClick(window().windowHandle(), Qt::Key_Escape);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !window().isVisible(); }));
+}
+
+TEST_F(SnippetsPreferences, SwitchesCountAtOnce) {
+    application.showPreferences(Page::General);
+    EXPECT_TRUE(asksBeforeRemoving());
+    ASSERT_TRUE(button("Ask before a snippet is removed")->isChecked());
+    button("Ask before a snippet is removed")->click();
+    EXPECT_FALSE(asksBeforeRemoving());
+    button("Reduce motion")->click();
+    EXPECT_TRUE(prefersReducedMotion());
+    button("Reduce motion")->click();
+    EXPECT_FALSE(NSUserDefaults::standardUserDefaults().boolForKey(VXReduceMotion));
+}
+
+TEST_F(SnippetsPreferences, KeepsWhatWasTypedOfTheSyncWhenItIsClosed) {
+    application.showPreferences(Page::Sync);
+    auto* address = qobject_cast<QLineEdit*>(window().focusWidget());
+    ASSERT_TRUE(address);
+    address->setText(QStringLiteral("host/folder"));
+    QTest::keyClick(window().windowHandle(), Qt::Key_Escape);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !window().isVisible(); }));
+    EXPECT_EQ(SyncSettings::load().address, QUrl(QStringLiteral("https://host/folder")));
+    EXPECT_FALSE(SyncSettings::load().isOn);
+}
+
+TEST_F(SnippetsPreferences, StaysOpenWhileTheSyncMakesNoSense) {
+    application.showPreferences(Page::Sync);
+    button("Keep the snippets in sync")->click();
+    application.showPreferences(Page::Database);
+    QTest::keyClick(window().windowHandle(), Qt::Key_Escape);
+    auto* tabs = window().findChild<LTPreferenceTabs*>();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return tabs->indexOfSelectedTab() == 1; }));
+    EXPECT_TRUE(window().isVisible());
+    EXPECT_FALSE(SyncSettings::load().isOn);
+}
+
+TEST_F(SnippetsPreferences, TellsWhereTheSnippetsAre) {
+    application.showPreferences(Page::Database);
+    EXPECT_FALSE(button("Use Standard Database")->isEnabled());
+}
+
+TEST_F(SnippetsPreferences, TheMainWindowTurnsOverAndBack) {
+    application.showMainWindow();
+    const NSRect frame = application.window().NSWindow::frame();
+    Q_EMIT application.window().asksWhatItIs();
+    ASSERT_TRUE(application.about());
+    EXPECT_TRUE(application.about()->isVisible());
+    EXPECT_FALSE(application.window().isVisible());
+    EXPECT_EQ(application.about()->NSWindow::frame(), frame);
+    QTest::keyClick(application.about()->windowHandle(), Qt::Key_Escape);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return application.window().isVisible(); }));
+    EXPECT_FALSE(application.about()->isVisible());
+    EXPECT_EQ(application.window().NSWindow::frame(), frame);
+}
+
+TEST_F(SnippetsPreferences, TheBackIsClosedAndOpenedAgainAsTheFront) {
+    application.showMainWindow();
+    application.showAbout();
+    application.closeMainWindow();
+    EXPECT_FALSE(application.about()->isVisible());
+    application.toggleMainWindow();
+    EXPECT_TRUE(application.window().isVisible());
+    EXPECT_FALSE(application.about()->isVisible());
+    application.showAbout();
+    application.toggleMainWindow();
+    EXPECT_FALSE(application.about()->isVisible());
+    EXPECT_FALSE(application.window().isVisible());
+}
