@@ -2,6 +2,7 @@
 #include "SnippetQuestions.h"
 
 #include "Snippet.h"
+#include "TitleText.h"
 
 #include <VXKit/hud/LTHUDAlert.h>
 #include <VXKit/platform/foundation/NSUserDefaults.h>
@@ -9,18 +10,12 @@
 
 namespace {
 
-constexpr qsizetype longestTitle = 40; // characters, in a headline
-
 void removeWithoutAskingFromNowOn() {
     NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
     defaults.setBool(true, removeWithoutAskingKey);
     if (!defaults.synchronize()) {
         VXLog("That removals are not to be asked about could not be kept");
     }
-}
-
-QString shortened(const QString& title) {
-    return title.size() > longestTitle ? title.first(longestTitle - 1).trimmed() + QChar(u'…') : title;
 }
 
 } // namespace
@@ -34,7 +29,7 @@ bool mayRemove(const Snippet& snippet, NSWindow& window) {
         return true;
     }
     const auto alert = LTHUDAlert::alertWithMessageText(
-        QStringLiteral("Remove “%1”?").arg(shortened(snippet.title())), QStringLiteral("&Remove"),
+        QStringLiteral("Remove %1?").arg(quotedTitle(snippet.title())), QStringLiteral("&Remove"),
         QStringLiteral("Cancel"), QStringLiteral("&Do not ask again"),
         QStringLiteral("For some seconds after that, a bar at the bottom of the window offers to put it back."));
     alert->setOtherButtonIsDontShowAgain(true);
@@ -49,7 +44,7 @@ bool mayRemove(const Snippet& snippet, NSWindow& window) {
 
 std::optional<QString> askForTitle(const Snippet& snippet, NSWindow& window) {
     const auto alert = LTHUDAlert::inputAlertWithMessageText(QStringLiteral("New title:"), snippet.title());
-    alert->setMessage(QStringLiteral("Rename “%1”").arg(shortened(snippet.title())));
+    alert->setMessage(QStringLiteral("Rename ") + quotedTitle(snippet.title()));
     alert->setDefaultButtonTitle(QStringLiteral("Re&name"));
     const QString title = alert->runInputSheetModalForWindow(window).value_or(QString()).trimmed();
     return title.isEmpty() || title == snippet.title() ? std::nullopt : std::optional(title);

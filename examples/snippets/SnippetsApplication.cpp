@@ -6,6 +6,7 @@
 #include "SnippetPasteboard.h"
 #include "SnippetsListModel.h"
 #include "SnippetsWindow.h"
+#include "TitleText.h"
 #include "sync/PasswordSheet.h"
 
 #include <VXKit/platform/appkit/NSPasteboard.h>
@@ -22,15 +23,11 @@
 
 namespace {
 
-constexpr std::size_t newestCount = 5;     // snippets in the menu
-constexpr qsizetype longestMenuTitle = 40; // characters
-constexpr double statusItemWidth = 30;     // points
+constexpr std::size_t newestCount = 5; // snippets in the menu
+constexpr double statusItemWidth = 30; // points
 
 QString menuTitle(const Snippet& snippet) {
-    QString title = snippet.title().isEmpty() ? QStringLiteral("Untitled") : snippet.title();
-    if (title.size() > longestMenuTitle) {
-        title = title.first(longestMenuTitle - 1).trimmed() + QChar(u'…');
-    }
+    QString title = shortTitle(snippet.title().isEmpty() ? QStringLiteral("Untitled") : snippet.title());
     return title.replace(QLatin1Char('&'), QStringLiteral("&&"));
 }
 

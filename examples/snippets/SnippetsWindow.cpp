@@ -10,6 +10,7 @@
 #include "SnippetQuestions.h"
 #include "SnippetsListModel.h"
 #include "SnippetsListView.h"
+#include "TitleText.h"
 #include "sync/SnippetsSyncManager.h"
 
 #include <VXKit/platform/appkit/NSPasteboard.h>
@@ -66,12 +67,6 @@ QByteArray bytesUnder(const char* key) {
 
 QString numbered(qint64 count, const char* one, const char* many) {
     return QLocale(QLocale::English).toString(count) + QLatin1Char(' ') + QString::fromLatin1(count == 1 ? one : many);
-}
-
-QString quoted(const QString& title) {
-    constexpr qsizetype longest = 40; // characters
-    const QString shortened = title.size() > longest ? title.first(longest - 1).trimmed() + QChar(u'…') : title;
-    return QChar(u'“') + shortened + QChar(u'”');
 }
 
 QString datesText(const Snippet& snippet) {
@@ -317,11 +312,11 @@ bool SnippetsWindow::addFromClipboard() {
         return false;
     }
     if (m_database->holdsChangesBack()) {
-        sayForAWhile(quoted(added->title()) + QStringLiteral(" comes in when the sync has ended"));
+        sayForAWhile(quotedTitle(added->title()) + QStringLiteral(" comes in when the sync has ended"));
         return true;
     }
     selectSnippet(*added);
-    sayForAWhile(QStringLiteral("Added ") + quoted(added->title()));
+    sayForAWhile(QStringLiteral("Added ") + quotedTitle(added->title()));
     return true;
 }
 
@@ -334,7 +329,7 @@ bool SnippetsWindow::copySelected() {
         sayForAWhile(QStringLiteral("The clipboard does not take the text"));
         return false;
     }
-    sayForAWhile(QStringLiteral("Copied ") + quoted(selected->title()));
+    sayForAWhile(QStringLiteral("Copied ") + quotedTitle(selected->title()));
     return true;
 }
 
@@ -348,7 +343,7 @@ void SnippetsWindow::renameSelected() {
     if (self && title) {
         selected->rename(*title, NSDate::date());
         m_database->notifyOfModificationForSnippet(selected);
-        sayForAWhile(QStringLiteral("Renamed to ") + quoted(*title));
+        sayForAWhile(QStringLiteral("Renamed to ") + quotedTitle(*title));
     }
 }
 
@@ -368,7 +363,7 @@ void SnippetsWindow::removeSelected() {
     }
     m_removed.push_back(selected);
     m_database->removeSnippet(selected);
-    m_undoBar->showMessage(m_removed.size() == 1 ? QStringLiteral("Removed ") + quoted(selected->title())
+    m_undoBar->showMessage(m_removed.size() == 1 ? QStringLiteral("Removed ") + quotedTitle(selected->title())
                                                  : QStringLiteral("Removed %1 snippets").arg(m_removed.size()));
     if (m_undoTimer) {
         m_undoTimer->invalidate();
@@ -388,7 +383,7 @@ void SnippetsWindow::undoRemoval() {
         last = m_database->putBack(snippet);
     }
     if (m_database->holdsChangesBack()) {
-        sayForAWhile(quoted(last->title()) + QStringLiteral(" comes back when the sync has ended"));
+        sayForAWhile(quotedTitle(last->title()) + QStringLiteral(" comes back when the sync has ended"));
     } else {
         selectSnippet(*last);
     }

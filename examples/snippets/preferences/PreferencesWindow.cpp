@@ -110,10 +110,6 @@ void PreferencesWindow::showDatabase(const QString& path, bool isStandard) {
     m_database->show(path, isStandard);
 }
 
-void PreferencesWindow::reloadSync() {
-    m_sync->reload();
-}
-
 void PreferencesWindow::done() {
     if (m_sync->applyChanges()) {
         orderOut(nullptr);

@@ -38,9 +38,6 @@ public:
     /// What the database page shows.
     void showDatabase(const QString& path, bool isStandard);
 
-    /// Shows what is kept of the sync, in place of what was typed.
-    void reloadSync();
-
 private:
     void makeTabs();
     void makeButton();

@@ -22,8 +22,6 @@ constexpr double leastTime = 1.2; // one round of the symbol's pulse
 constexpr double regularInterval = 300;
 constexpr double timeAfterChange = 10;
 
-constexpr int unauthorized = 401;
-
 constexpr const char* removalsKey = "SyncingData";        // the IDs of what was removed, which the database notes there
 constexpr const char* timeoutKey = "SnippetsSyncTimeout"; // seconds without a byte from the server
 
@@ -194,11 +192,8 @@ void SnippetsSyncManager::end() {
     // It may be what called.
     m_run.release()->deleteLater();
     SyncOutcome outcome = *std::exchange(m_outcome, std::nullopt);
-    SyncReport report{.problem = outcome.problem,
-                      .notes = outcome.notes,
-                      .sentCount = outcome.uploadCount,
-                      .receivedCount = 0,
-                      .isPasswordWrong = outcome.status == unauthorized};
+    SyncReport report{
+        .problem = outcome.problem, .notes = outcome.notes, .sentCount = outcome.uploadCount, .receivedCount = 0};
 
     m_isInProgress = false;
     m_isApplying = true;

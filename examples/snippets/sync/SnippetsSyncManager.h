@@ -23,7 +23,6 @@ struct SyncReport {
     QStringList notes; ///< about single snippets
     int sentCount = 0;
     int receivedCount = 0;
-    bool isPasswordWrong = false;
 };
 
 /// Keeps the snippets the same on all computers that share a folder on a WebDAV server.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "SyncRun.h"
 
+#include "TitleText.h"
+
 #include <QTimer>
 
 #include <algorithm>
@@ -18,12 +20,6 @@ constexpr int notFound = 404;
 constexpr int proxyUnauthorized = 407;
 constexpr int preconditionFailed = 412;
 constexpr int insufficientStorage = 507;
-
-QString quoted(const QString& title) {
-    constexpr qsizetype longest = 40; // characters
-    const QString shortened = title.size() > longest ? title.first(longest - 1).trimmed() + QChar(u'…') : title;
-    return QChar(u'“') + shortened + QChar(u'”');
-}
 
 std::optional<NSDate> later(const std::optional<NSDate>& left, const std::optional<NSDate>& right) {
     if (!left || !right) {
@@ -44,7 +40,7 @@ void SyncRun::start() {
         if (answer.status == notFound) {
             makeFolder();
         } else if (!answer.isGood()) {
-            fail(answer.problem, answer.status);
+            fail(answer.problem);
         } else {
             makeTasks(listing);
         }
@@ -58,7 +54,7 @@ void SyncRun::stop(const QString& reason) {
 void SyncRun::makeFolder() {
     m_folder->create([this](const WebDavAnswer& answer) {
         if (!answer.isGood()) {
-            fail(QStringLiteral("The folder cannot be made on the server: ") + answer.problem, answer.status);
+            fail(QStringLiteral("The folder cannot be made on the server: ") + answer.problem);
         } else {
             makeTasks({});
         }
@@ -200,7 +196,7 @@ void SyncRun::serverHasChanged(const TaskPointer& task, const SyncedFile& there)
     if (there.snippet) {
         if (task->isRemovedHere) {
             m_outcome.notes += QStringLiteral("%1 was removed here, but has been changed elsewhere since, and is back")
-                                   .arg(quoted(there.snippet->title()));
+                                   .arg(quotedTitle(there.snippet->title()));
         }
         changeHere(SyncChange::Kind::Add, *task, there.snippet);
         endTask();
@@ -218,7 +214,7 @@ void SyncRun::serverHasChanged(const TaskPointer& task, const SyncedFile& there)
         return;
     }
     m_outcome.notes += QStringLiteral("%1 was removed elsewhere, but has been changed here since, and stays")
-                           .arg(quoted(task->local->title()));
+                           .arg(quotedTitle(task->local->title()));
     write(task, task->local);
 }
 
@@ -237,8 +233,8 @@ void SyncRun::bothHaveChanged(const TaskPointer& task, const std::shared_ptr<con
         return;
     }
     if (there->title() != task->local->title() || there->utf8Text() != task->local->utf8Text()) {
-        m_outcome.notes +=
-            QStringLiteral("%1 was changed here and elsewhere; both versions are kept").arg(quoted(there->title()));
+        m_outcome.notes += QStringLiteral("%1 was changed here and elsewhere; both versions are kept")
+                               .arg(quotedTitle(there->title()));
         changeHere(SyncChange::Kind::Update, *task, there);
         m_outcome.changes.back().alsoToKeep = task->local;
         endTask();
@@ -272,7 +268,7 @@ void SyncRun::write(const TaskPointer& task, const std::shared_ptr<const Snippet
     const std::optional<QByteArray> bytes =
         snippet ? SyncedFile::bytesOf(*snippet) : SyncedFile::markOfRemoval(*SyncedFile::identityIn(task->name));
     if (!bytes) {
-        m_outcome.notes += QStringLiteral("%1 holds what cannot be told in a file").arg(quoted(snippet->title()));
+        m_outcome.notes += QStringLiteral("%1 holds what cannot be told in a file").arg(quotedTitle(snippet->title()));
         endTask();
         return;
     }
@@ -315,7 +311,7 @@ void SyncRun::write(const TaskPointer& task, const std::shared_ptr<const Snippet
 void SyncRun::tryAgain(const TaskPointer& task) {
     if (++task->tries > mostTries) {
         m_outcome.notes += QStringLiteral("%1 could not be written, because it keeps being changed elsewhere")
-                               .arg(task->local ? quoted(task->local->title()) : task->name);
+                               .arg(task->local ? quotedTitle(task->local->title()) : task->name);
         endTask();
         return;
     }
@@ -358,21 +354,20 @@ bool SyncRun::hasFailed(const Task& task, const WebDavAnswer& answer) {
     const bool concernsAll = answer.status == 0 || answer.status == unauthorized ||
                              answer.status == proxyUnauthorized || answer.status == insufficientStorage;
     if (concernsAll || ++m_failuresInARow >= mostFailuresInARow) {
-        fail(answer.problem, answer.status);
+        fail(answer.problem);
         return true;
     }
     m_outcome.notes +=
-        QStringLiteral("%1: %2").arg(task.local ? quoted(task.local->title()) : task.name, answer.problem);
+        QStringLiteral("%1: %2").arg(task.local ? quotedTitle(task.local->title()) : task.name, answer.problem);
     endTask();
     return true;
 }
 
-void SyncRun::fail(const QString& problem, int status) {
+void SyncRun::fail(const QString& problem) {
     if (m_isFinished) {
         return;
     }
     m_outcome.problem = problem;
-    m_outcome.status = status;
     finish();
 }
 

@@ -38,7 +38,6 @@ struct SyncOutcome {
     std::vector<SyncChange> changes;
     QSet<QString> settledRemovals; ///< of SyncInput::removed: the server knows, or never will have to
     QString problem;               ///< why the sync could not go to its end; empty where it did
-    int status = 0;                ///< of HTTP, with `problem`
     QStringList notes;             ///< what the user should know of single snippets
     int uploadCount = 0;
 };
@@ -99,7 +98,7 @@ private:
     void remember(const Task& task, const QByteArray& fingerprint);
     void settleRemoval(const Task& task);
     bool hasFailed(const Task& task, const WebDavAnswer& answer);
-    void fail(const QString& problem, int status = 0);
+    void fail(const QString& problem);
     void finish();
 
     std::unique_ptr<WebDavFolder> m_folder;
