@@ -56,7 +56,7 @@ row(
     f"{last * 1000:.0f} ms against {first * 1000:.0f} ms",
     1.5,
 )
-for name, what in (("plain", "of UTF-8"), ("snippet", "in the example's records, of UTF-16")):
+for name, what in (("plain", "in plain records"), ("snippet", "in the example's records")):
     text, resident = result[name]
     row(
         f"memory of 100,000 records of 400 bytes of text {what}, beside the text",

@@ -63,7 +63,7 @@ std::shared_ptr<NSImage> pictureOfFrame(NSWindow& window) {
     if (!content || contentRect.size == frame.size) {
         return content;
     }
-    const auto picture = NSImage::initWithSize(frame.size);
+    std::shared_ptr<NSImage> picture = NSImage::initWithSize(frame.size);
     picture->lockFocus(window.devicePixelRatioF());
     content->drawAtPoint({contentRect.origin.x - frame.origin.x, contentRect.origin.y - frame.origin.y}, NSZeroRect,
                          NSCompositeSourceOver, 1);

@@ -147,6 +147,11 @@ void Snippet::noteUse(NSDate date) {
     }
 }
 
+void Snippet::setText(const QString& text) {
+    m_text = text.toUtf8();
+    m_text.squeeze(); // Qt takes room for three bytes a character
+}
+
 void Snippet::takeUsesOf(const Snippet& other) {
     m_useCount = std::max(m_useCount, other.m_useCount);
     if (other.m_lastUsed &&
@@ -201,6 +206,7 @@ void Snippet::loadFromDictionary(const NSDictionary& dictionary) {
     }
     if (const std::optional<QByteArray> text = textIn(dictionary, textKey)) {
         m_text = *text;
+        m_text.squeeze();
     }
     if (const auto* count = dictionary.objectOfType<std::int64_t>(useCountKey)) {
         m_useCount = std::max<std::int64_t>(*count, 0);

@@ -19,7 +19,7 @@ public:
     void setTitle(const QString& title);
 
     [[nodiscard]] QString text() const { return QString::fromUtf8(m_text); }
-    void setText(const QString& text) { m_text = text.toUtf8(); }
+    void setText(const QString& text);
     /// The same text as the record holds it, which costs no conversion.
     [[nodiscard]] const QByteArray& utf8Text() const { return m_text; }
 

@@ -19,8 +19,6 @@
 #include <limits>
 #include <string>
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

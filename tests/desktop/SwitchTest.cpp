@@ -31,7 +31,8 @@ const QColor newColor(40, 60, 220);
 const QColor groundColor(30, 120, 60);
 
 NSColor nsColor(const QColor& color) {
-    return NSColor::colorWithCalibratedRed(color.redF(), color.greenF(), color.blueF(), 1);
+    constexpr double most = 255;
+    return NSColor::colorWithCalibratedRed(color.red() / most, color.green() / most, color.blue() / most, 1);
 }
 
 class PlainView : public NSView {

@@ -358,5 +358,5 @@ TEST(CIPerspectiveTransform, ItsShadowFadesWithIt) {
     };
     const QPoint below(140, static_cast<int>(surfaceSize.height - place.y) + 8);
     EXPECT_GT(draw(1).pixelColor(below).alpha(), 100);
-    EXPECT_NEAR(draw(0.5).pixelColor(below).alpha(), draw(1).pixelColor(below).alpha() / 2, 1);
+    EXPECT_NEAR(draw(0.5).pixelColor(below).alpha(), draw(1).pixelColor(below).alpha() / 2.0, 1);
 }

@@ -150,8 +150,8 @@ TEST_F(PrefTab, DrawsARoundedPlateWhileSelected) {
             EXPECT_EQ(greyAt(picture, middle, 49 * ratio / 2 - 1), plateGrey);
             EXPECT_EQ(greyAt(picture, middle, 49 * ratio / 2), panelColor.red());
         } else {
-            EXPECT_NEAR(greyAt(picture, middle, 1), (plateGrey + panelColor.red()) / 2, 2);
-            EXPECT_NEAR(greyAt(picture, middle, 24), (plateGrey + panelColor.red()) / 2, 2);
+            EXPECT_NEAR(greyAt(picture, middle, 1), (plateGrey + panelColor.red()) / 2.0, 2);
+            EXPECT_NEAR(greyAt(picture, middle, 24), (plateGrey + panelColor.red()) / 2.0, 2);
         }
         EXPECT_EQ(greyAt(picture, 0, 13 * ratio), plateGrey) << "to its left edge";
         EXPECT_EQ(greyAt(picture, static_cast<int>(std::floor(tab->bounds().size.width)) * ratio - 1, 13 * ratio),
