@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "../ExitInTheMiddle.h"
 #include "../FileDialog.h"
 #include "TestRecords.h"
 
@@ -256,11 +257,7 @@ protected:
 /// The process ends by these: each test starts the test program again.
 class DatabaseLocationExit : public DatabaseLocation {
 protected:
-    DatabaseLocationExit() {
-        GTEST_FLAG_SET(death_test_style, "threadsafe");
-        // For the process that ends here, which does so in the middle of everything and frees nothing.
-        qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":detect_leaks=0");
-    }
+    DatabaseLocationExit() { expectExitInTheMiddle(); }
 
     /// Asks for the shared store as a host does, and tells on the way out what was chosen.
     void startHost() {

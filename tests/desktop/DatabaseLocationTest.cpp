@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The choice of the place of a database on a real X server, made with a keyboard. The test is the application that asks
 // for its database; what it does not do itself is done from outside.
+#include "../ExitInTheMiddle.h"
 #include "../FileDialog.h"
 #include "../ServerFocus.h"
 #include "../database/TestRecords.h"
@@ -154,7 +155,7 @@ TEST_F(DatabaseOnDesktop, IsCreatedByTheKeyboardAlone) {
 }
 
 TEST_F(DatabaseOnDesktop, QuitsByTheKeyboard) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    expectExitInTheMiddle();
     EXPECT_EXIT(
         {
             // The process that ends here leaves nothing behind.
