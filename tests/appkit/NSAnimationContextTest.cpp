@@ -19,7 +19,6 @@
 #include <limits>
 #include <string>
 
-
 namespace {
 
 constexpr NSRect startFrame{{10, 20}, {100, 50}};
