@@ -179,14 +179,17 @@ TEST_F(FlipOnDesktop, ShowsTheFrontTheEdgeAndTheBackInThisOrder) {
         }
         for (std::size_t index = 0; index < shots.size(); ++index) {
             const Shot& shot = shots[index];
-            EXPECT_LE(std::min(shot.red, shot.blue), leftOver) << "both sides in picture " << index;
+            // Without a compositing manager a picture can catch the window while a frame goes into it, a part of which
+            // is the frame before: at the change of the sides, where the card is narrow, both are seen then.
+            const bool isTorn = !isComposited && index - firstBlue <= 1 && shot.seen() < whole / 8;
+            EXPECT_LE(std::min(shot.red, shot.blue), isTorn ? whole / 8 : leftOver)
+                << "both sides in picture " << index;
             EXPECT_NEAR((shot.left + shot.right) / 2.0, middle, shot.seen() > 100 ? 30 : 1000)
                 << "beside its place in picture " << index;
             EXPECT_LE(shot.black, 500) << "a black box in picture " << index;
-            if (index < firstBlue) {
-                continue;
+            if (index >= firstBlue && !isTorn) {
+                EXPECT_LE(shot.red, leftOver) << "the front again in picture " << index;
             }
-            EXPECT_LE(shot.red, leftOver) << "the front again in picture " << index;
         }
         // The card is narrow at the half alone: nothing is gone where it should be wide.
         for (std::size_t index = 0; index < shots.size(); ++index) {
