@@ -58,9 +58,11 @@
 #include <VXKit/platform/foundation/NSGeometry.h>
 #include <VXKit/platform/foundation/NSLog.h>
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
+#include <VXKit/platform/foundation/NSPercentEscapes.h>
 #include <VXKit/platform/foundation/NSProcessInfo.h>
 #include <VXKit/platform/foundation/NSPropertyList.h>
 #include <VXKit/platform/foundation/NSPropertyListSerialization.h>
+#include <VXKit/platform/foundation/NSThread.h>
 #include <VXKit/platform/foundation/NSTimer.h>
 #include <VXKit/platform/foundation/NSUserDefaults.h>
 #include <VXKit/platform/graphics/CIPerspectiveTransform.h>
