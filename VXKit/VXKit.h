@@ -47,6 +47,7 @@
 #include <VXKit/platform/appkit/PlainLineEdit.h>
 #include <VXKit/platform/appkit/SnapshotWindow.h>
 #include <VXKit/platform/desktop/MotionPreference.h>
+#include <VXKit/platform/desktop/NSURLConnection.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
 #include <VXKit/platform/desktop/WindowEffects.h>
 #include <VXKit/platform/desktop/WindowShadow.h>
