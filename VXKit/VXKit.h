@@ -78,6 +78,9 @@
 #include <VXKit/platform/graphics/NSShadow.h>
 #include <VXKit/platform/graphics/NSStringDrawing.h>
 #include <VXKit/support/NSPasteboard+VXKitAdditions.h>
+#include <VXKit/support/VMUSymbolicator.h>
+#include <VXKit/support/VXCrashRecord.h>
+#include <VXKit/support/VXCrashRecording.h>
 #include <VXKit/support/VXKitResources.h>
 #include <VXKit/support/VXLog.h>
 #include <VXKit/transitions/FliprAnimation.h>
