@@ -7,6 +7,8 @@
 #include <VXKit/app/LTHelpLoader.h>
 #include <VXKit/app/LTStatusItemView.h>
 #include <VXKit/app/LTWindow.h>
+#include <VXKit/app/VXNibClasses.h>
+#include <VXKit/app/_LTViewLoader.h>
 #include <VXKit/controls/LTHUDButton.h>
 #include <VXKit/controls/LTHUDCheckBox.h>
 #include <VXKit/controls/LTHUDCheckBoxCell.h>
@@ -31,9 +33,11 @@
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSButton.h>
 #include <VXKit/platform/appkit/NSButtonCell.h>
+#include <VXKit/platform/appkit/NSCell.h>
 #include <VXKit/platform/appkit/NSCursor.h>
 #include <VXKit/platform/appkit/NSEvent.h>
 #include <VXKit/platform/appkit/NSImageView.h>
+#include <VXKit/platform/appkit/NSNib.h>
 #include <VXKit/platform/appkit/NSOpenPanel.h>
 #include <VXKit/platform/appkit/NSPanel.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>

@@ -2,6 +2,7 @@
 #include <VXKit/app/LTApplication.h>
 
 #include <VXKit/app/LTHelpLoader.h>
+#include <VXKit/app/VXNibClasses.h>
 #include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/NSStatusBar.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
@@ -33,6 +34,7 @@ bool areEqualStrings(const QString& left, const QString& right) {
 } // namespace
 
 LTApplication::LTApplication(int& argc, char** argv) : NSApplication(argc, argv) {
+    VXRegisterNibClasses();
     WindowEffects& effects = WindowEffects::sharedEffects();
     connect(&effects, &WindowEffects::pressedElsewhere, this, &LTApplication::mouseWasPressedElsewhere);
     NSNotificationCenter& centre = NSNotificationCenter::defaultCenter();
@@ -95,7 +97,8 @@ void LTApplication::showHelp(QObject* /*sender*/) {
     if (helpURL().isEmpty()) {
         return;
     }
-    LTHelpLoader::loader().pop();
+    LTHelpLoader::loader();
+    LTHelpLoader::pop();
 }
 
 /// A press on the bare desktop or on a panel gives the keyboard to nobody, and one on another window does so only after

@@ -53,6 +53,17 @@ NSRect LTHUDLineEdit::bounds() const {
     return m_drawing ? bounds : NSOffsetRect(bounds, m_style.boundsShift.x, m_style.boundsShift.y);
 }
 
+void LTHUDLineEdit::awakeFromNib() {
+    if (const QString placeholder = placeholderText(); !placeholder.isEmpty()) {
+        // Qt would draw it besides, in its own looks.
+        setPlaceholderText(QString());
+        setPlaceholderString(placeholder);
+    }
+    if (const QString name = property("target").toString(); !name.isEmpty()) {
+        setTarget(dynamic_cast<NSButton*>(QWidget::window()->findChild<QWidget*>(name)));
+    }
+}
+
 bool LTHUDLineEdit::becomeFirstResponder() {
     const bool becomes = PlainLineEdit::becomeFirstResponder();
     // Not only when the event loop comes to it: the placeholder must not be seen beside the caret.

@@ -28,7 +28,7 @@ public:
 
     /// The view that gets the keyboard on Tab, and on Shift-Tab too; without one, the window itself gets it. In a plain
     /// window of Qt's, Tab without a next view goes where Qt takes it. AppKit: the outlet of that name.
-    void setNextKeyView(QWidget* view) { m_nextKeyView = view; }
+    void setNextKeyView(QWidget* view) override { m_nextKeyView = view; }
     [[nodiscard]] QWidget* nextKeyView() const { return m_nextKeyView; }
 
     /// What stands in the field while it is empty and does not have the keyboard; nothing where it is null. A screen
@@ -38,6 +38,10 @@ public:
 
     /// Moved to where the text is laid out, except while the field paints its background.
     [[nodiscard]] NSRect bounds() const override;
+
+    /// Takes over what a nib tells by properties: the placeholder that Qt knows (`placeholderText`), and the target, by
+    /// the name of the button (`target`). The fields send no actions themselves.
+    void awakeFromNib() override;
 
     bool becomeFirstResponder() override;
     bool resignFirstResponder() override;

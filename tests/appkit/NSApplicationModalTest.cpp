@@ -67,6 +67,16 @@ TEST_F(ModalRuns, HaveCodesOfTheirOwnForTheOtherEnds) {
     EXPECT_EQ(application.runModalForWindow(panel), 0);
 }
 
+TEST_F(ModalRuns, LeaveAWindowOutThatWasOrderedOutWithTheKeyboard) {
+    later([&] {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return panel.isKeyWindow(); }));
+        panel.orderOut(nullptr);
+        application.stopModal();
+    });
+    application.runModalForWindow(panel);
+    EXPECT_FALSE(panel.isVisible());
+}
+
 TEST_F(ModalRuns, AreStoppedFromAClickInTheirWindow) {
     HostView& button = addHostView(panel.content(), NSMakeRect(0, 0, 200, 100), "button", log);
     bool returned = false;

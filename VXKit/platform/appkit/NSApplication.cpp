@@ -7,20 +7,32 @@
 #include <VXKit/platform/desktop/MotionPreference.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
 #include <VXKit/platform/desktop/WindowEffects.h>
+#include <VXKit/platform/foundation/Demangling.h>
+#include <VXKit/platform/foundation/NSException.h>
 #include <VXKit/platform/foundation/NSLog.h>
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
 
 #include <QEventLoop>
+#include <QOpenGLContext>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QSocketNotifier>
 #include <QWidget>
 #include <QWindow>
 
 #include <algorithm>
 #include <csignal>
+#include <cxxabi.h>
 #include <exception>
+#include <memory>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <utility>
+
+QT_BEGIN_NAMESPACE
+// Exported by Qt for whoever shares contexts, and declared in none of its public headers.
+Q_GUI_EXPORT void qt_gl_set_global_share_context(QOpenGLContext* context);
+QT_END_NAMESPACE
 
 namespace {
 
@@ -28,9 +40,36 @@ constexpr int keyboardCheckInterval = 100; // milliseconds
 
 constexpr const char* platformVariable = "QT_QPA_PLATFORM";
 
-/// Before the platform is chosen, which the base class does.
-int& preferringX11(int& argc) {
+/// Keeps Qt from making a context for all windows that draw by OpenGL at the start.
+///
+/// A web engine wants its contexts shared, which has to be said before there is an application object. Qt then makes
+/// the first context at once, which takes a tenth of a second and tens of megabytes of every program, although few ever
+/// show a page. It makes none where there is one: this, which is taken back when the application object stands. The
+/// plugin with the engine makes the real one.
+class SharedContextPlaceholder {
+public:
+    static void put() {
+        if (!QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts) && !QOpenGLContext::globalShareContext()) {
+            QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+            s_context = std::make_unique<QOpenGLContext>();
+            qt_gl_set_global_share_context(s_context.get());
+        }
+    }
+    static void takeBack() {
+        if (s_context) {
+            qt_gl_set_global_share_context(nullptr);
+            s_context.reset();
+        }
+    }
+
+private:
+    static inline std::unique_ptr<QOpenGLContext> s_context;
+};
+
+/// What has to be settled before the base class chooses the platform.
+int& prepared(int& argc) {
     NSApplication::preferX11InWaylandSession();
+    SharedContextPlaceholder::put();
     return argc;
 }
 
@@ -41,6 +80,11 @@ bool takesKeyboard(const QWidget* window) {
     }
     const auto* ours = qobject_cast<const NSWindow*>(window);
     return !ours || (ours->isVisible() && ours->canBecomeKeyWindow());
+}
+
+NSUncaughtExceptionHandler& uncaughtExceptionHandler() {
+    static NSUncaughtExceptionHandler handler;
+    return handler;
 }
 
 NSWindow& outermostParent(NSWindow& window) {
@@ -69,6 +113,10 @@ QWidget* windowToActivate() {
 }
 
 } // namespace
+
+void NSSetUncaughtExceptionHandler(NSUncaughtExceptionHandler handler) {
+    uncaughtExceptionHandler() = std::move(handler);
+}
 
 void NSBeep() {
     if (NSApplication* application = NSApplication::sharedApplication()) {
@@ -141,7 +189,8 @@ private:
 };
 
 NSApplication::NSApplication(int& argc, char** argv)
-    : QApplication(preferringX11(argc), argv), m_signalWatcher(new SignalWatcher(this)) {
+    : QApplication(prepared(argc), argv), m_signalWatcher(new SignalWatcher(this)) {
+    SharedContextPlaceholder::takeBack();
     setQuitOnLastWindowClosed(false);
     m_keyboardCheck.setSingleShot(true);
     m_keyboardCheck.setInterval(keyboardCheckInterval);
@@ -206,14 +255,18 @@ int NSApplication::runModalForWindow(NSWindow& window) {
     });
     window.makeKeyAndOrderFront(nullptr);
     m_modalRuns.push_back(&run);
-    if (!run.isStopped) {
-        run.loop.exec(QEventLoop::DialogExec);
+    {
+        // Also where an exception ends the run.
+        const auto end = qScopeGuard([this, &run] { std::erase(m_modalRuns, &run); });
+        if (!run.isStopped) {
+            run.loop.exec(QEventLoop::DialogExec);
+        }
     }
-    std::erase(m_modalRuns, &run);
     if (run.window && before != Qt::ApplicationModal) {
         // Qt lets the other windows go when a modal one is hidden, and only then.
         const bool isShown = run.window->isVisible();
-        const bool isKey = run.window->isKeyWindow();
+        // One that is out has the keyboard no more, whatever is told of that yet.
+        const bool isKey = isShown && run.window->isKeyWindow();
         if (isShown) {
             run.window->hide();
         }
@@ -315,6 +368,28 @@ void NSApplication::preferX11InWaylandSession() {
 void NSApplication::terminate(QObject* /*sender*/) {
     announceTermination();
     QCoreApplication::exit(0);
+}
+
+bool NSApplication::notify(QObject* receiver, QEvent* event) {
+    if (!uncaughtExceptionHandler()) {
+        return QApplication::notify(receiver, event);
+    }
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (const std::exception& exception) {
+        handleUncaught(NSException::exceptionWith(exception));
+    } catch (abi::__forced_unwind&) {
+        throw; // the thread is being cancelled
+    } catch (...) {
+        handleUncaught(NSException(demangled(abi::__cxa_current_exception_type()->name()).c_str(), QString()));
+    }
+    return true;
+}
+
+void NSApplication::handleUncaught(const NSException& exception) {
+    // A copy: a handler may set another.
+    QMetaObject::invokeMethod(
+        this, [handler = uncaughtExceptionHandler(), exception] { handler(exception); }, Qt::AutoConnection);
 }
 
 void NSApplication::platformStateHasChanged(Qt::ApplicationState state) {

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QTimer>
 
+#include <functional>
 #include <vector>
 
 class QWindow;
@@ -29,6 +30,18 @@ inline constexpr int NSRunStoppedResponse = -1000;
 inline constexpr int NSRunAbortedResponse = -1001;
 
 class NSWindow;
+
+class NSException;
+
+/// Makes `handler` what gets the exceptions that leave the handling of an event, on the main thread; the event counts
+/// as handled, and the application goes on. One that is thrown in another thread's event loop comes some time later.
+/// Exceptions that are none of std::exception's are told by the name of their class alone, without a reason.
+///
+/// Without a handler, at first and after a null one, nothing is caught, and such an exception ends the process, as with
+/// any QApplication. Needs an NSApplication. To be set before another thread has an event loop.
+/// AppKit: the function of the same name.
+using NSUncaughtExceptionHandler = std::function<void(const NSException& exception)>;
+VXKIT_EXPORT void NSSetUncaughtExceptionHandler(NSUncaughtExceptionHandler handler);
 
 /// Sounds the application's bell, or the desktop's where the application is another kind of QApplication.
 /// AppKit: the function of the same name.
@@ -99,10 +112,15 @@ public:
     /// AppKit: `-terminate:`.
     void terminate(QObject* sender);
 
+    /// Hands exceptions that leave the event's handling to the handler for them, where there is one.
+    bool notify(QObject* receiver, QEvent* event) override;
+
 private:
     class SignalWatcher;
 
     struct ModalRun;
+
+    void handleUncaught(const NSException& exception);
 
     void platformStateHasChanged(Qt::ApplicationState state);
     void applicationStateHasChanged(Qt::ApplicationState state);

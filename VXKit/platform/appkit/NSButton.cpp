@@ -113,8 +113,6 @@ void NSButton::performClick(QObject* /*sender*/) {
     animateClick();
 }
 
-void NSButton::awakeFromNib() {}
-
 void NSButton::drawRect(const NSRect& /*dirtyRect*/) {
     cell().drawWithFrame(bounds(), *this);
 }

@@ -67,9 +67,6 @@ public:
     /// Nothing while the button is disabled. AppKit: `-performClick:`.
     void performClick(QObject* sender);
 
-    /// Called when the button has been loaded from a nib. Here: nothing. AppKit: `-awakeFromNib`.
-    virtual void awakeFromNib();
-
     /// Whether the button is to show that it has the keyboard: not where it got it by a click of the mouse.
     [[nodiscard]] bool showsFirstResponder() const { return hasFocus() && m_showsFirstResponder; }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <VXKit/VXKitExport.h>
+#include <VXKit/platform/appkit/NSCell.h>
 #include <VXKit/platform/foundation/NSGeometry.h>
 #include <VXKit/platform/graphics/NSFont.h>
 #include <VXKit/platform/graphics/NSStringDrawing.h>
@@ -26,12 +27,10 @@ inline constexpr int NSMixedState = -1;
 /// nobody is told when they change. Subclass it to draw otherwise.
 ///
 /// Not a QObject: an action is the button's clicked(). Stands for AppKit's class of the same name.
-class VXKIT_EXPORT NSButtonCell {
+class VXKIT_EXPORT NSButtonCell : public NSCell {
 public:
     NSButtonCell();
-    NSButtonCell(const NSButtonCell&) = delete;
-    NSButtonCell& operator=(const NSButtonCell&) = delete;
-    virtual ~NSButtonCell();
+    ~NSButtonCell() override;
 
     /// The button that the cell belongs to, which owns it; null for a cell without one. AppKit: `-controlView`.
     [[nodiscard]] NSButton* controlView() const { return m_controlView; }
@@ -47,9 +46,9 @@ public:
     /// Anything but NSOffState is on. Nothing for a button that cannot be checked.
     void setState(int state);
     /// The state as a number, 0 or 1. AppKit: `-intValue`.
-    [[nodiscard]] int intValue() const { return state(); }
+    [[nodiscard]] int intValue() const override { return state(); }
     /// Here: setState. AppKit: `-setIntValue:`.
-    virtual void setIntValue(int value);
+    void setIntValue(int value) override;
 
     /// A cell without a button is enabled at first.
     [[nodiscard]] bool isEnabled() const;
@@ -76,11 +75,11 @@ public:
 
     /// The room that the cell needs, in points. Here: what the desktop's style wants for a button of its own. AppKit:
     /// `-cellSize`.
-    [[nodiscard]] virtual NSSize cellSize() const;
+    [[nodiscard]] NSSize cellSize() const override;
 
     /// Draws the cell in `cellFrame` of `controlView`, in the current graphics context. Here: a button in the desktop's
     /// style. AppKit: `-drawWithFrame:inView:`.
-    virtual void drawWithFrame(const NSRect& cellFrame, ViewCore& controlView);
+    void drawWithFrame(const NSRect& cellFrame, ViewCore& controlView) override;
 
 private:
     friend class NSButton;

@@ -3,6 +3,7 @@
 
 #include <VXKit/platform/appkit/FrameAnimations.h>
 #include <VXKit/platform/appkit/FrameAnimator.h>
+#include <VXKit/platform/appkit/LayoutPlacement.h>
 #include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
@@ -21,6 +22,7 @@
 #include <memory>
 #include <typeinfo>
 #include <unordered_map>
+#include <utility>
 
 template class ViewOf<QWidget>;
 
@@ -30,6 +32,14 @@ std::unordered_map<const QWidget*, ViewCore*>& attachedViews() {
     static std::unordered_map<const QWidget*, ViewCore*> views;
     return views;
 }
+
+/// A view that draws, and the context that it draws into.
+struct Focus {
+    const ViewCore* view = nullptr;
+    const NSGraphicsContext* context = nullptr;
+};
+
+Focus currentFocus;
 
 bool isFlippedSuperview(const QWidget* superview) {
     const ViewCore* view = ViewCore::of(superview);
@@ -228,7 +238,7 @@ void ViewCore::sizeMayHaveChanged() {
 void ViewCore::placeSubviews() {
     for (QWidget* child : subviews()) {
         ViewCore* view = of(child);
-        if (view && view->m_hasFrame) {
+        if (view && view->m_hasFrame && !isPlacedByLayout(m_self->layout(), *child)) {
             view->place();
         }
     }
@@ -237,8 +247,8 @@ void ViewCore::placeSubviews() {
 void ViewCore::resizeSubviewsWithOldSize(const NSSize& oldSize) {
     for (QWidget* child : subviews()) {
         ViewCore* view = of(child);
-        // One that was never given a frame is in a layout of Qt's.
-        if (view && view->m_hasFrame) {
+        // One without a frame or in a layout is Qt's to place.
+        if (view && view->m_hasFrame && !isPlacedByLayout(m_self->layout(), *child)) {
             view->applyAutoresizing(child->geometry(), oldSize, *this);
         }
     }
@@ -361,9 +371,16 @@ void ViewCore::paint(QWidget& surface, const QRegion& dirtyRegion) {
         const QWidget* window = surface.window();
         const QPointF windowCorner = surface.mapFrom(window, QPointF(0, window->height()));
         context.setPatternPhase({windowCorner.x(), isFlipped() ? windowCorner.y() : m_paintHeight - windowCorner.y()});
+        const Focus outer = std::exchange(currentFocus, {this, &context});
         drawRect(rectFromWidget(QRectF(m_dirtyRect)));
+        currentFocus = outer;
     }
     m_paintHeight = -1;
+}
+
+const ViewCore* ViewCore::focusView() {
+    const NSGraphicsContext* context = NSGraphicsContext::currentContext();
+    return context && context == currentFocus.context ? currentFocus.view : nullptr;
 }
 
 void ViewCore::drawRect(const NSRect& /*dirtyRect*/) {
@@ -566,6 +583,14 @@ void ViewCore::keyUp(const NSEvent& event) {
     passToWidget(event);
 }
 
+bool ViewCore::acceptsFirstMouse(const NSEvent& /*event*/) const {
+    return false;
+}
+
 bool ViewCore::performKeyEquivalent(const NSEvent& event) {
     return performKeyEquivalentBelow(*m_self, event);
 }
+
+void ViewCore::setNextKeyView(QWidget* /*view*/) {}
+
+void ViewCore::awakeFromNib() {}

@@ -108,6 +108,9 @@ public:
     /// Draws the part `dirtyRect` of the view, in the current graphics context, whose coordinates are the view's own.
     /// Here: what the widget class of Qt's draws, with the shadow that is set. AppKit: `-drawRect:`.
     virtual void drawRect(const NSRect& dirtyRect);
+    /// The view whose drawRect draws into the current graphics context; null where that is another's, an image's, or
+    /// none. AppKit: `+focusView`.
+    [[nodiscard]] static const ViewCore* focusView();
     /// Redraws the whole view before it returns. Nothing while it is not shown.
     virtual void display();
     /// Redraws the view, or a part of it, when the event loop next comes to it.
@@ -137,12 +140,23 @@ public:
     virtual void keyDown(const NSEvent& event);
     virtual void keyUp(const NSEvent& event);
 
+    /// Whether the click `event`, which makes the view's window the one with the keyboard, is for the view as well. If
+    /// not, the window alone gets it, until the button is released. Here: no for a view with nothing in it; a widget
+    /// class of Qt's takes such a click as all of them do. AppKit: `-acceptsFirstMouse:`.
+    [[nodiscard]] virtual bool acceptsFirstMouse(const NSEvent& event) const;
+
     /// Whether the view, or one below it, answers to the key of `event` wherever the keyboard is. Asked before the key
     /// goes to the first responder, of subviews from the lowest up. Here: no.
     virtual bool performKeyEquivalent(const NSEvent& event);
 
     /// Calls the operation above that `event` is for.
     void handleEvent(const NSEvent& event);
+
+    /// Where Tab leads, for a view that takes that key for itself. Here: nothing, Qt's tab order counts.
+    virtual void setNextKeyView(QWidget* view);
+
+    /// Called when the view has been loaded from a nib, with all of the nib. Here: nothing. AppKit: `-awakeFromNib`.
+    virtual void awakeFromNib();
 
     /// A rectangle of the view in Qt's coordinates of the widget, and back.
     [[nodiscard]] QRectF rectToWidget(const NSRect& rect) const;
@@ -229,6 +243,10 @@ public:
 
     using ViewCore::setFrame;
     using ViewCore::window;
+
+    [[nodiscard]] bool acceptsFirstMouse(const NSEvent& /*event*/) const override {
+        return !std::is_same_v<QtBase, QWidget>;
+    }
 
 protected:
     void paintEvent(QPaintEvent* event) override {

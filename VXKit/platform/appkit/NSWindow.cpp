@@ -21,10 +21,13 @@
 #include <QMetaObject>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPalette>
 #include <QScopedValueRollback>
+#include <QTransform>
 #include <QWindow>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <span>
 #include <utility>
@@ -37,6 +40,8 @@ constexpr double shareAboveCentre = 1.0 / 3; // of the free height, above a cent
 constexpr int solidAlpha = 128; // from here on a pixel belongs to the window where it cannot be translucent
 constexpr int transparent = 0;
 constexpr double windowWhite = 0.93;
+constexpr std::chrono::milliseconds longestAnswer(500); // of a window manager that is asked for a frame
+constexpr std::size_t mostAsked = 100;
 
 int screenUpdatesDisabled = 0;
 
@@ -90,19 +95,21 @@ bool becomesDoubleClick(const QEvent& event) {
            static_cast<const QMouseEvent&>(event).flags().testFlag(Qt::MouseEventCreatedDoubleClick);
 }
 
-bool isInputOfWindow(QEvent::Type type) {
+bool isInputOfMouse(QEvent::Type type) {
     switch (type) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonRelease:
     case QEvent::MouseButtonDblClick:
     case QEvent::MouseMove:
     case QEvent::Wheel:
-    case QEvent::KeyPress:
-    case QEvent::KeyRelease:
         return true;
     default:
         return false;
     }
+}
+
+bool isInputOfWindow(QEvent::Type type) {
+    return isInputOfMouse(type) || type == QEvent::KeyPress || type == QEvent::KeyRelease;
 }
 
 /// The pixels of `look` whose alpha is at least `least`, in points.
@@ -170,6 +177,9 @@ public:
         if (event->type() == QEvent::Expose) {
             m_window.putBypassingWindowsBelow();
         }
+        if (m_window.m_ignoresMouseEvents && isInputOfMouse(event->type())) {
+            return true; // where the window server hands it over all the same
+        }
         if (!isInputOfWindow(event->type()) || becomesDoubleClick(*event)) {
             return false;
         }
@@ -217,6 +227,8 @@ NSWindow::NSWindow(const NSRect& contentRect, unsigned styleMask, NSBackingStore
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_OpaquePaintEvent);
     applyWindowFlags();
+    m_answers.setSingleShot(true);
+    m_answers.callOnTimeout(this, &NSWindow::stopWaitingForAnswers);
     m_frame = frameRectForContentRect(contentRect);
     place(m_frame);
     allWindows().insert(placeInLevel(m_level, NSWindowAbove), this);
@@ -326,7 +338,7 @@ NSRect NSWindow::contentRectForFrameRect(const NSRect& frame) const {
 }
 
 NSRect NSWindow::frame() const {
-    if (geometry() == m_placedGeometry && borders() == m_placedBorders) {
+    if ((geometry() == m_placedGeometry && borders() == m_placedBorders) || isLateAnswer(geometry())) {
         return m_frame;
     }
     return frameRectForContentRect(NSScreenRectFromGlobal(QRectF(geometry())));
@@ -343,8 +355,39 @@ void NSWindow::place(const NSRect& frame) {
     }
     m_placedGeometry = geometry();
     m_placedBorders = borders();
+    rememberAsked(m_placedGeometry);
     moveToPixel();
     layOutContent();
+}
+
+/// A window manager answers when it likes, and Qt takes each answer for the window's geometry, also one to a question
+/// that was asked some questions ago. Whoever works out the next frame from the last, as in a drag, must not see that.
+void NSWindow::rememberAsked(const QRect& geometry) {
+    if (m_management == NSWindowManagement::Bypassing || !QWidget::isVisible()) {
+        m_asked.clear();
+        return;
+    }
+    if (m_asked.size() == mostAsked) {
+        m_asked.erase(m_asked.begin());
+    }
+    m_asked.push_back(geometry);
+    m_answers.start(longestAnswer);
+}
+
+/// Whether it is what was asked for lately, be it size and place at different times: the two are not changed at once.
+bool NSWindow::isLateAnswer(const QRect& geometry) const {
+    const auto has = [&](auto isTheSame) { return std::any_of(m_asked.begin(), m_asked.end(), isTheSame); };
+    return has([&](const QRect& asked) { return asked.size() == geometry.size(); }) &&
+           has([&](const QRect& asked) { return asked.topLeft() == geometry.topLeft(); });
+}
+
+void NSWindow::stopWaitingForAnswers() {
+    m_asked.clear();
+    if (geometry() != m_placedGeometry && QWidget::isVisible()) {
+        // Qt did not pass on a frame that was that of the latest answer by chance. Another answer to this is the last
+        // word.
+        place(m_frame);
+    }
 }
 
 /// Where a point has several pixels, a window that stands where it says may begin between two points.
@@ -433,6 +476,10 @@ void NSWindow::takeGeometryFromQt() {
     if (m_isPlacing || geometry() == m_placedGeometry) {
         return;
     }
+    if (isLateAnswer(geometry())) {
+        layOutContent();
+        return;
+    }
     const QPointer<NSWindow> self(this);
     // Where the borders have become known since, they were there before the change as well.
     const NSRect before = borders() == m_placedBorders
@@ -441,6 +488,7 @@ void NSWindow::takeGeometryFromQt() {
     m_frame = frameRectForContentRect(NSScreenRectFromGlobal(QRectF(geometry())));
     m_placedGeometry = geometry();
     m_placedBorders = borders();
+    m_asked.clear();
     applySizeLimits(size());
     layOutContent();
     moveChildren(before);
@@ -544,6 +592,20 @@ void NSWindow::blurWindowBelow(NSWindow& below) {
         m_backdrop = blurredBackdrop(below, NSWindow::frame(), m_backgroundBlurRadius, coverage());
         update();
     }
+}
+
+void NSWindow::setIgnoresMouseEvents(bool flag) {
+    if (flag == m_ignoresMouseEvents) {
+        return;
+    }
+    m_ignoresMouseEvents = flag;
+    takeInput(std::nullopt);
+    scheduleShapeUpdate();
+}
+
+/// `region` of the window takes clicks, all of it where that is nothing, unless none of it does.
+void NSWindow::takeInput(const std::optional<QRegion>& region) {
+    WindowEffects::sharedEffects().setInputRegion(*this, m_ignoresMouseEvents ? std::optional(QRegion()) : region);
 }
 
 void NSWindow::display() {
@@ -875,6 +937,9 @@ void NSWindow::sendEvent(const NSEvent& event) {
     if (event.type() == NSKeyDown && pressDefaultButton(event)) {
         return;
     }
+    if (takeFirstClick(event)) {
+        return;
+    }
     if (event.qtEvent()) {
         if (QWindow* handle = windowHandle()) {
             // As QObject's, which is public, and past this window's own filter.
@@ -895,6 +960,33 @@ void NSWindow::sendEvent(const NSEvent& event) {
     } else {
         handleUnusedEvent(event);
     }
+}
+
+/// Where a click makes the window the one with the keyboard, and the view under it does not want such a click, the
+/// window alone gets it. For a managed window it is the window manager that makes it so, before it passes on the click,
+/// afterwards, or with a click not at all: none is withheld there, as nowhere on such a desktop.
+bool NSWindow::takeFirstClick(const NSEvent& event) {
+    const NSEventType type = event.type();
+    if (type == NSLeftMouseDown) {
+        m_isInFirstClick = false;
+        if (m_management == NSWindowManagement::Managed || !isVisible() || isKeyWindow() || !canBecomeKeyWindow()) {
+            return false;
+        }
+        const NSPoint location = event.locationInWindow();
+        const auto* view = dynamic_cast<ViewCore*>(childAt(QPointF(location.x, height() - location.y).toPoint()));
+        m_isInFirstClick = view && !view->acceptsFirstMouse(event);
+        const QPointer<NSWindow> self(this);
+        makeKeyWindow();
+        if (!self) {
+            return true;
+        }
+    }
+    if (!m_isInFirstClick || (type != NSLeftMouseDown && type != NSLeftMouseDragged && type != NSLeftMouseUp)) {
+        return false;
+    }
+    m_isInFirstClick = type != NSLeftMouseUp;
+    handleUnusedEvent(event);
+    return true;
 }
 
 void NSWindow::setDefaultButtonCell(const NSButtonCell* cell) {
@@ -959,6 +1051,11 @@ bool NSWindow::event(QEvent* event) {
 
 void NSWindow::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
+    paintBackground(painter, event->rect());
+}
+
+/// Puts the background in place of what is in `dirty`, by a painter in the window's coordinates as Qt has them.
+void NSWindow::paintBackground(QPainter& painter, const QRect& dirty) const {
     if (!m_opaqueBackground.isNull() && !m_shapeIsStale) {
         painter.setCompositionMode(QPainter::CompositionMode_Source);
         painter.drawImage(QPointF(0, 0), m_opaqueBackground);
@@ -966,7 +1063,6 @@ void NSWindow::paintEvent(QPaintEvent* event) {
     }
     {
         const NSGraphicsContext context(painter, height(), false);
-        const QRect dirty = event->rect();
         m_backgroundColor.setFill();
         NSRectFill(NSMakeRect(dirty.x(), height() - dirty.y() - dirty.height(), dirty.width(), dirty.height()));
     }
@@ -974,6 +1070,32 @@ void NSWindow::paintEvent(QPaintEvent* event) {
         painter.setCompositionMode(QPainter::CompositionMode_DestinationOver);
         painter.drawImage(QPointF(0, 0), m_backdrop);
     }
+}
+
+void NSDrawWindowBackground(const NSRect& rect) {
+    const ViewCore* view = ViewCore::focusView();
+    if (!view || NSIsEmptyRect(rect)) {
+        return;
+    }
+    const NSGraphicsContext& context = *NSGraphicsContext::currentContext();
+    const QWidget& window = *view->widget()->window();
+    // The phase is the window's bottom left corner in the view's coordinates.
+    const NSPoint corner = context.patternPhase();
+    const double top = context.isFlipped() ? corner.y - window.height() : corner.y + window.height();
+    const double down = context.isFlipped() ? 1 : -1;
+    const QTransform windowToView(1, 0, 0, down, corner.x, top);
+    QPainter& painter = context.painter();
+    painter.save();
+    painter.setClipRect(NSRectToQRectF(rect), Qt::IntersectClip);
+    painter.setTransform(windowToView, true);
+    const QRect dirty = windowToView.inverted().mapRect(NSRectToQRectF(rect)).toAlignedRect();
+    if (const auto* own = qobject_cast<const NSWindow*>(&window)) {
+        own->paintBackground(painter, dirty);
+    } else {
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.fillRect(dirty, window.palette().brush(window.backgroundRole()));
+    }
+    painter.restore();
 }
 
 void NSWindow::resizeEvent(QResizeEvent* event) {
@@ -1116,7 +1238,7 @@ void NSWindow::updateShape() {
     if (canBeTranslucent) {
         clearMask();
         // A window without a background shows something all the same: what its views draw.
-        effects.setInputRegion(*this, region.isEmpty() ? std::nullopt : std::optional(region));
+        takeInput(region.isEmpty() ? std::nullopt : std::optional(region));
         return;
     }
     if (region.isEmpty()) {

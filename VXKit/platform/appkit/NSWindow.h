@@ -10,9 +10,13 @@
 #include <QImage>
 #include <QMargins>
 #include <QPointer>
+#include <QRect>
+#include <QRegion>
+#include <QTimer>
 #include <QWidget>
 
 #include <limits>
+#include <optional>
 #include <vector>
 
 /// Posted with the window as sender, after what their names say; will-close before.
@@ -81,6 +85,7 @@ enum class NSWindowManagement {
 
 class NSButton;
 class NSButtonCell;
+class QPainter;
 class WindowAnimator;
 
 /// Windows do not change on the screen until NSEnableScreenUpdates has been called as often: those that are ordered out
@@ -88,6 +93,11 @@ class WindowAnimator;
 /// enable without a disable is ignored.
 VXKIT_EXPORT void NSDisableScreenUpdates();
 VXKIT_EXPORT void NSEnableScreenUpdates();
+
+/// Fills `rect` of the view that is just drawn with what its window has for a background, in place of what is there: a
+/// pattern goes on from that around the view, and translucent stays as translucent as the window. Nothing where no view
+/// draws (ViewCore::focusView). AppKit: the function of the same name.
+VXKIT_EXPORT void NSDrawWindowBackground(const NSRect& rect);
 
 /// A window, in AppKit's terms: screen coordinates with the origin at the bottom left, levels, key and main windows.
 ///
@@ -183,6 +193,11 @@ public:
     /// translucent background until it is ordered out. Nothing for a window without a blur, and where the desktop
     /// blurs by itself. AppKit needs none.
     void blurWindowBelow(NSWindow& below);
+
+    /// Whether the mouse goes through the window to what lies behind, and screen readers past it: there is nothing to
+    /// do in it. No. AppKit: `-ignoresMouseEvents`.
+    [[nodiscard]] bool ignoresMouseEvents() const { return m_ignoresMouseEvents; }
+    void setIgnoresMouseEvents(bool flag);
 
     /// Redraws the window and its views before it returns. Nothing while it is not shown. AppKit: `-display`.
     virtual void display();
@@ -289,6 +304,7 @@ private:
     friend class ViewCore;
     friend void NSDisableScreenUpdates();
     friend void NSEnableScreenUpdates();
+    friend void NSDrawWindowBackground(const NSRect& rect);
 
     class InputFilter;
 
@@ -296,6 +312,9 @@ private:
     void applySizeLimits(const QSize& size);
     [[nodiscard]] QMargins borders() const;
     void place(const NSRect& frame);
+    void rememberAsked(const QRect& geometry);
+    [[nodiscard]] bool isLateAnswer(const QRect& geometry) const;
+    void stopWaitingForAnswers();
     void moveToPixel();
     void layOutContent();
     void takeGeometryFromQt();
@@ -311,10 +330,13 @@ private:
     void becomeMainWindow();
     void applyAlpha();
     void applyLateAlpha();
+    bool takeFirstClick(const NSEvent& event);
+    void takeInput(const std::optional<QRegion>& region);
     bool pressDefaultButton(const NSEvent& event);
     void passKeyboardOn();
     void scheduleShapeUpdate();
     [[nodiscard]] QImage coverage() const;
+    void paintBackground(QPainter& painter, const QRect& dirty) const;
     void dispatch(QEvent& event);
     void handleUnusedEvent(const NSEvent& event);
 
@@ -326,6 +348,8 @@ private:
     QRect m_placedGeometry; // what it was rounded to, without borders: elsewhere, the window manager has moved it
     QMargins m_placedBorders;
     bool m_isPlacing = false;
+    std::vector<QRect> m_asked; // of the window manager, lately
+    QTimer m_answers;           // until it must have answered all of them
     QPointer<QWidget> m_contentView;
     InputFilter* m_inputFilter; // owned as a child
     NSSize m_minSize;
@@ -345,6 +369,8 @@ private:
     bool m_comesToFront = false; // the window server has not put it there yet
     bool m_isKey = false;
     bool m_isSheet = false;
+    bool m_ignoresMouseEvents = false;
+    bool m_isInFirstClick = false; // which no view gets
     bool m_goesOutLater = false;
     bool m_changesAlphaLater = false;
     bool m_comesInLater = false;

@@ -21,8 +21,17 @@ public:
     [[nodiscard]] QAccessible::State state() const override {
         QAccessible::State state = QAccessibleWidget::state();
         state.modal = widget()->isModal();
+        // What the mouse goes through is a picture that comes and goes, not a place to be.
+        state.invisible = state.invisible || isPicture();
         return state;
     }
+    [[nodiscard]] int childCount() const override { return isPicture() ? 0 : QAccessibleWidget::childCount(); }
+    [[nodiscard]] QAccessibleInterface* child(int index) const override {
+        return isPicture() ? nullptr : QAccessibleWidget::child(index);
+    }
+
+private:
+    [[nodiscard]] bool isPicture() const { return qobject_cast<NSWindow*>(widget())->ignoresMouseEvents(); }
 };
 
 /// Asked for an object's classes from its own up, so that a host's description of a class below NSWindow comes first.

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include <VXKit/app/VXNibClasses.h>
+
+#include <VXKit/app/LTStatusItemView.h>
+#include <VXKit/app/LTWindow.h>
+#include <VXKit/controls/LTHUDButton.h>
+#include <VXKit/controls/LTHUDCheckBox.h>
+#include <VXKit/controls/LTHUDFlatButton.h>
+#include <VXKit/controls/LTHUDRadioButton.h>
+#include <VXKit/controls/LTHUDSecureTextField.h>
+#include <VXKit/controls/LTHUDTextField.h>
+#include <VXKit/hud/LTHUDWindow.h>
+#include <VXKit/platform/appkit/NSNib.h>
+#include <VXKit/transitions/LTPreferenceTabs.h>
+#include <VXKit/transitions/LTSwitchableView.h>
+
+#include <QString>
+
+void VXRegisterNibClasses() {
+    static const bool once = [] {
+        NSNib::registerClass<LTHUDButton>(QStringLiteral("LTHUDButton"));
+        NSNib::registerClass<LTHUDCheckBox>(QStringLiteral("LTHUDCheckBox"));
+        NSNib::registerClass<LTHUDFlatButton>(QStringLiteral("LTHUDFlatButton"));
+        NSNib::registerClass<LTHUDRadioButton>(QStringLiteral("LTHUDRadioButton"));
+        NSNib::registerClass<LTHUDSecureTextField>(QStringLiteral("LTHUDSecureTextField"));
+        NSNib::registerClass<LTHUDTextField>(QStringLiteral("LTHUDTextField"));
+        NSNib::registerClass<LTHUDWindow>(QStringLiteral("LTHUDWindow"));
+        NSNib::registerClass<LTPreferenceTabs>(QStringLiteral("LTPreferenceTabs"));
+        NSNib::registerClass<LTStatusItemView>(QStringLiteral("LTStatusItemView"));
+        NSNib::registerClass<LTSwitchableView>(QStringLiteral("LTSwitchableView"));
+        NSNib::registerClass<LTWindow>(QStringLiteral("LTWindow"));
+        return true;
+    }();
+    static_cast<void>(once);
+}
