@@ -46,10 +46,13 @@
 #include <VXKit/platform/appkit/NSStatusBar.h>
 #include <VXKit/platform/appkit/NSStatusItem.h>
 #include <VXKit/platform/appkit/NSTextField.h>
+#include <VXKit/platform/appkit/NSURLCache.h>
 #include <VXKit/platform/appkit/NSView.h>
 #include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/appkit/PlainLineEdit.h>
 #include <VXKit/platform/appkit/SnapshotWindow.h>
+#include <VXKit/platform/appkit/WebView.h>
+#include <VXKit/platform/appkit/WebViewEngine.h>
 #include <VXKit/platform/desktop/MotionPreference.h>
 #include <VXKit/platform/desktop/NSURLConnection.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>

@@ -11,6 +11,7 @@
 #include <VXKit/controls/LTHUDTextField.h>
 #include <VXKit/hud/LTHUDWindow.h>
 #include <VXKit/platform/appkit/NSNib.h>
+#include <VXKit/platform/appkit/WebView.h>
 #include <VXKit/transitions/LTPreferenceTabs.h>
 #include <VXKit/transitions/LTSwitchableView.h>
 
@@ -29,6 +30,7 @@ void VXRegisterNibClasses() {
         NSNib::registerClass<LTStatusItemView>(QStringLiteral("LTStatusItemView"));
         NSNib::registerClass<LTSwitchableView>(QStringLiteral("LTSwitchableView"));
         NSNib::registerClass<LTWindow>(QStringLiteral("LTWindow"));
+        NSNib::registerClass<WebView>(QStringLiteral("WebView"));
         return true;
     }();
     static_cast<void>(once);

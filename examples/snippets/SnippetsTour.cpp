@@ -238,10 +238,15 @@ bool SnippetsTour::showAbout() {
 
 bool SnippetsTour::showHelp() {
     m_application.showHelp(nullptr);
-    if (!LTHelpLoader::exists() || LTHelpLoader::loader().text().isEmpty()) {
+    const WebView* page = LTHelpLoader::exists() ? LTHelpLoader::loader().textView() : nullptr;
+    if (!page || !page->isVisible()) {
         return fail(QStringLiteral("there is no help"));
     }
-    return takePicture(LTHelpLoader::loader().window(), QStringLiteral("12-help"));
+    const auto isLoaded = [page] { return !page->isLoading(); };
+    if (!waitFor(isLoaded, waitingTime, pictureInterval) || !page->isVisible()) {
+        return fail(QStringLiteral("the help cannot be loaded"));
+    }
+    return takePicture(*LTHelpLoader::loader().window(), QStringLiteral("12-help"));
 }
 
 /// Counts what is in the file, not what is in memory.

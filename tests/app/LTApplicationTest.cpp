@@ -1,22 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/app/LTApplication.h>
-#include <VXKit/app/LTHelpLoader.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
 #include <VXKit/platform/foundation/NSProcessInfo.h>
 #include <VXKit/platform/foundation/NSUserDefaults.h>
 
-#include <QTcpServer>
-#include <QTcpSocket>
-#include <QTemporaryFile>
 #include <QWidget>
-
-#include <cerrno>
-#include <cstring>
 
 #include <gmock/gmock.h>
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -68,11 +60,9 @@ public:
 
     bool supportsSwitchingBackToPreviousApplication() const override { return supportsSwitchingBack; }
     bool shouldSwitchBackGracefully() const override { return gracefully; }
-    QUrl helpURL() const override { return help; }
 
     bool supportsSwitchingBack = true;
     bool gracefully = true;
-    QUrl help;
 
 private:
     static inline char s_name[] = "host";
@@ -107,25 +97,6 @@ void waitUntil(Condition condition) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
 }
-
-/// A server on the loopback interface that answers every request with one answer.
-class Server : public QTcpServer {
-public:
-    explicit Server(const QByteArray& answer) {
-        EXPECT_TRUE(listen(QHostAddress::LocalHost));
-        connect(this, &QTcpServer::newConnection, this, [this, answer] {
-            QTcpSocket* socket = nextPendingConnection();
-            connect(socket, &QTcpSocket::readyRead, socket, [this, socket, answer] {
-                requests += socket->readAll();
-                socket->write(answer);
-                socket->disconnectFromHost();
-            });
-        });
-    }
-    [[nodiscard]] QUrl url() const { return QStringLiteral("http://127.0.0.1:%1/help").arg(serverPort()); }
-
-    QByteArray requests;
-};
 
 } // namespace
 
@@ -267,55 +238,6 @@ TEST_F(Application, ClosesTheMainWindowOnDeactivationUnlessTheDefaultsSayNo) {
     EXPECT_TRUE(application.shouldCloseMainWindowOnDeactivate());
     defaults.setObject(0, "VXCloseMainWindowOnDeactivate");
     EXPECT_FALSE(application.shouldCloseMainWindowOnDeactivate());
-}
-
-TEST_F(Application, MakesNoHelpWindowWithoutAHelpAddress) {
-    application.showHelp(nullptr);
-    EXPECT_FALSE(LTHelpLoader::exists());
-    EXPECT_THAT(QApplication::topLevelWidgets(), IsEmpty());
-}
-
-TEST_F(Application, ShowsTheHelpPageOfAFile) {
-    QTemporaryFile page;
-    ASSERT_TRUE(page.open());
-    page.write("<h1>How to \xE2\x80\xA6</h1>");
-    page.close();
-    application.help = QUrl::fromLocalFile(page.fileName());
-    application.showHelp(nullptr);
-    EXPECT_TRUE(LTHelpLoader::loader().window().isVisible());
-    EXPECT_EQ(LTHelpLoader::loader().text(), QStringLiteral("How to …"));
-}
-
-TEST_F(Application, FetchesTheHelpPageAfreshEachTimeItIsShown) {
-    Server server("HTTP/1.0 200 OK\r\nContent-Type: text/html\r\nCache-Control: max-age=3600\r\n\r\n<p>Page</p>");
-    application.help = server.url();
-    for (int time = 1; time <= 2; ++time) {
-        application.showHelp(nullptr);
-        waitUntil([] { return LTHelpLoader::loader().text() == QStringLiteral("Page"); });
-        EXPECT_GE(server.requests.count("GET /help "), time);
-    }
-}
-
-TEST_F(Application, SaysWhyAHelpPageCannotBeShown) {
-    Server server("HTTP/1.0 404 Not Found\r\nContent-Length: 0\r\n\r\n");
-    application.help = server.url();
-    application.showHelp(nullptr);
-    waitUntil([] { return LTHelpLoader::loader().text().contains(QStringLiteral("could not be loaded")); });
-    EXPECT_THAT(LTHelpLoader::loader().text().toStdString(), HasSubstr(server.url().toString().toStdString()));
-    application.help = QUrl::fromLocalFile(QStringLiteral("/nowhere/page.html"));
-    application.showHelp(nullptr);
-    EXPECT_THAT(LTHelpLoader::loader().text().toStdString(), HasSubstr(std::strerror(ENOENT)));
-}
-
-TEST_F(Application, ShowsTheNewestPageWhenAnOlderOneIsStillLoading) {
-    QTcpServer silent;
-    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
-    application.help = QStringLiteral("http://127.0.0.1:%1/").arg(silent.serverPort());
-    application.showHelp(nullptr);
-    Server server("HTTP/1.0 200 OK\r\n\r\nNewest");
-    application.help = server.url();
-    application.showHelp(nullptr);
-    waitUntil([] { return LTHelpLoader::loader().text() == QStringLiteral("Newest"); });
 }
 
 TEST(ApplicationHooks, AnswerTheDefaultsWithoutAnApplication) {
