@@ -88,6 +88,7 @@
 #include <VXKit/support/VMUSymbolicator.h>
 #include <VXKit/support/VXCrashRecord.h>
 #include <VXKit/support/VXCrashRecording.h>
+#include <VXKit/support/VXExceptionReporter.h>
 #include <VXKit/support/VXKitResources.h>
 #include <VXKit/support/VXLog.h>
 #include <VXKit/transitions/FliprAnimation.h>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A program with a HUD panel that holds one of each control, for the test of accessibility. It tells on standard output
-// what is done with them, a line for each press; the button "Ask" runs an alert and tells its answer.
+// what is done with them, a line for each press; the button "Ask" runs an alert and tells its answer,
+// "Report" shows the exception reporter.
 #include <VXKit/controls/LTHUDButton.h>
 #include <VXKit/controls/LTHUDCheckBox.h>
 #include <VXKit/controls/LTHUDFlatButton.h>
@@ -11,6 +12,7 @@
 #include <VXKit/hud/LTHUDWindow.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSTextField.h>
+#include <VXKit/support/VXExceptionReporter.h>
 
 #include <QCoreApplication>
 #include <QString>
@@ -74,6 +76,12 @@ private:
         auto& ask = addButton<LTHUDButton>(QStringLiteral("Ask"), 1, 1);
         QObject::connect(&ask, &QAbstractButton::clicked, &m_window, [] { runAlert(); });
         addButton<LTHUDCheckBox>(QStringLiteral("Check"), 2, 0);
+        auto& report = addButton<LTHUDButton>(QStringLiteral("Report"), 2, 1);
+        QObject::connect(&report, &QAbstractButton::clicked, &m_window, [] {
+            VXExceptionReporter::reporter().reportException(
+                NSException("TestException", QStringLiteral("There is no such snippet")));
+            tell(QStringLiteral("reported"));
+        });
         addButton<LTHUDRadioButton>(QStringLiteral("Daily"), 3, 0).setState(NSOnState);
         addButton<LTHUDRadioButton>(QStringLiteral("Weekly"), 3, 1);
     }

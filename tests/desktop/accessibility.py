@@ -195,6 +195,24 @@ def check_alert(program, root):
     )
 
 
+def check_reporter(program, root):
+    press(find(find(root, "frame", "Controls"), "push button", "Report"))
+    reporter = find(root, "dialog", "Problem Report")
+    expect_states(reporter, {pyatspi.STATE_MODAL: True})
+    words = find(reporter, "text", "What did you do when it happened?")
+    expect_states(words, {pyatspi.STATE_EDITABLE: True, pyatspi.STATE_MULTI_LINE: True})
+    find(reporter, "text", "Your e-mail address").queryEditableText().setTextContents("me@example.org")
+    sent = find(reporter, "text", "What is sent besides")
+    expect_states(sent, {pyatspi.STATE_EDITABLE: False, pyatspi.STATE_FOCUSABLE: True})
+    if "There is no such snippet" not in content(sent):
+        failures.append(f"what is sent does not tell the reason: {content(sent)!r}")
+    expect_states(find(reporter, "push button", "Send Report"), {pyatspi.STATE_ENABLED: False})
+    for name in ("Quit", "Copy"):
+        find(reporter, "push button", name)
+    press(find(reporter, "push button", "Ignore"))
+    program.await_line("reported")
+
+
 def main():
     program = Program(sys.argv[1])
     try:
@@ -203,6 +221,7 @@ def main():
         check_buttons(program, window)
         check_fields(program, window)
         check_alert(program, root)
+        check_reporter(program, root)
         expect("the running program", None, program.process.poll())
     finally:
         program.end()
