@@ -3,67 +3,49 @@
 
 #include "Appearance.h"
 
-#include <QBoxLayout>
 #include <QCoreApplication>
 #include <QIcon>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 
+#include <memory>
+#include <vector>
+
 namespace {
 
 // Points.
 constexpr int symbolSize = 96;
 constexpr int nameFontSize = 24;
-constexpr int textWidth = 360;
-constexpr int arrowHeight = 14; // of the window's arrow, above its body
-constexpr int margin = 24;
-constexpr int spacing = 8;
-
-QLabel* makeLabel(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setTextFormat(Qt::PlainText);
-    label->setAlignment(Qt::AlignHCenter);
-    return label;
-}
 
 } // namespace
 
 AboutWindow::AboutWindow(const NSSize& size)
     : LTWindow({NSZeroPoint, size}, NSBorderlessWindowMask, NSBackingStoreBuffered, false) {
     setWindowTitle(QStringLiteral("About Snippets"));
-    auto* symbol = makeLabel({}, contentView());
-    symbol->setPixmap(
+    std::vector<std::unique_ptr<QWidget>> views;
+    NSNib(QStringLiteral("About")).instantiateNibWithOwner(*this, &views);
+    setContentView(views.front().release());
+
+    m_symbol->setPixmap(
         QIcon(QStringLiteral(":/images/Snippets.svg")).pixmap(QSize(symbolSize, symbolSize), devicePixelRatioF()));
-    auto* name = makeLabel(QStringLiteral("Snippets"), contentView());
-    QFont nameFont = name->font();
+    QFont nameFont = m_nameField->font();
     nameFont.setPixelSize(nameFontSize);
     nameFont.setWeight(QFont::DemiBold);
-    name->setFont(nameFont);
-    const QString number = QCoreApplication::applicationVersion();
-    auto* version = makeLabel(number.isEmpty() ? QString() : QStringLiteral("Version %1").arg(number), contentView());
-    version->setForegroundRole(QPalette::PlaceholderText);
-    auto* text = makeLabel(QStringLiteral("Keeps pieces of text within reach, in the status bar. An example of what is "
-                                          "built with VXKit."),
-                           contentView());
-    text->setWordWrap(true);
-    text->setFixedSize(textWidth, text->heightForWidth(textWidth));
-    auto* back = new QPushButton(QStringLiteral("Back"), contentView());
-    usePushButtonSize(*back);
-    connect(back, &QPushButton::clicked, this, &AboutWindow::done);
+    m_nameField->setFont(nameFont);
+    m_versionField->setForegroundRole(QPalette::PlaceholderText);
+    if (const QString number = QCoreApplication::applicationVersion(); !number.isEmpty()) {
+        m_versionField->setText(QStringLiteral("Version %1").arg(number));
+    }
+    usePushButtonSize(*m_backButton);
+}
 
-    auto* layout = new QVBoxLayout(contentView());
-    layout->setContentsMargins(margin, arrowHeight + margin, margin, margin);
-    layout->setSpacing(spacing);
-    layout->addStretch(1);
-    layout->addWidget(symbol);
-    layout->addSpacing(spacing);
-    layout->addWidget(name);
-    layout->addWidget(version);
-    layout->addSpacing(spacing);
-    layout->addWidget(text, 0, Qt::AlignHCenter);
-    layout->addStretch(1);
-    layout->addWidget(back, 0, Qt::AlignRight);
+void AboutWindow::connectNib(NSNibConnections& nib) {
+    nib.outlet(QStringLiteral("symbol"), m_symbol);
+    nib.outlet(QStringLiteral("nameField"), m_nameField);
+    nib.outlet(QStringLiteral("versionField"), m_versionField);
+    nib.outlet(QStringLiteral("backButton"), m_backButton);
+    nib.action(QStringLiteral("done:"), [this](QObject* /*sender*/) { Q_EMIT done(); });
 }
 
 void AboutWindow::keyPressEvent(QKeyEvent* event) {

@@ -3,14 +3,18 @@
 
 #include "AboutWindow.h"
 #include "Appearance.h"
+#include "SmallText.h"
 #include "SnippetPasteboard.h"
 #include "SnippetsListModel.h"
 #include "SnippetsWindow.h"
 #include "TitleText.h"
 #include "sync/PasswordSheet.h"
 
+#include <VXKit/platform/appkit/NSNib.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/platform/appkit/NSStatusBar.h>
+#include <VXKit/platform/foundation/NSUserDefaults.h>
+#include <VXKit/support/VXExceptionReporter.h>
 #include <VXKit/support/VXLog.h>
 #include <VXKit/transitions/NSWindow+Flipr.h>
 
@@ -25,6 +29,7 @@ namespace {
 
 constexpr std::size_t newestCount = 5; // snippets in the menu
 constexpr double statusItemWidth = 30; // points
+constexpr const char* reportingHostKey = "ReportingHost";
 
 QString menuTitle(const Snippet& snippet) {
     QString title = shortTitle(snippet.title().isEmpty() ? QStringLiteral("Untitled") : snippet.title());
@@ -39,6 +44,9 @@ void complain(const QString& line) {
 
 SnippetsApplication::SnippetsApplication(int& argc, char** argv) : LTApplication(argc, argv) {
     applyAppearance();
+    NSNib::registerClass<SmallText>(QStringLiteral("SmallText"));
+    VXExceptionReporter::setReportingHost(NSUserDefaults::standardUserDefaults().stringForKey(reportingHostKey));
+    VXReportUncaughtExceptions();
 }
 
 SnippetsApplication::~SnippetsApplication() = default;
@@ -47,6 +55,7 @@ bool SnippetsApplication::start() {
     if (!lockDatabase()) {
         return false;
     }
+    VXReportCrashes();
     // Before the database, which may disable syncing while it is opened, and which is to save after a sync has ended.
     makeSyncManager();
     m_database = SnippetsDatabase::shared();

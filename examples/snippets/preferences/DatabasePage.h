@@ -8,6 +8,7 @@
 #include <functional>
 
 class LTHUDButton;
+class NSTextField;
 
 /// Where the snippets are kept.
 class DatabasePage : public PreferencesPage {
@@ -19,6 +20,9 @@ public:
     void show(const QString& path, bool isStandard);
 
 private:
-    NSTextField& m_path;
-    LTHUDButton& m_useStandard;
+    void connectNib(NSNibConnections& nib) override;
+
+    std::function<void()> m_useStandard;
+    NSTextField* m_path = nullptr;
+    LTHUDButton* m_standardButton = nullptr;
 };

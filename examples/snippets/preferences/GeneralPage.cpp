@@ -10,9 +10,6 @@
 
 namespace {
 
-constexpr NSSize pageSize{380, 200}; // points
-constexpr double boxHeight = 18;
-
 constexpr const char* logKey = "VXLoggingEnabled"; // the kit's
 
 void keep(const char* key, bool value) {
@@ -25,15 +22,22 @@ void keep(const char* key, bool value) {
 
 } // namespace
 
-GeneralPage::GeneralPage() : PreferencesPage(pageSize) {
-    addSwitch(QStringLiteral("Ask before a snippet is removed"), removeWithoutAskingKey, false);
-    addSwitch(QStringLiteral("Reduce motion"), VXReduceMotion, true);
-    addSwitch(QStringLiteral("Write a log, from the next start on"), logKey, true);
+GeneralPage::GeneralPage() {
+    load(QStringLiteral("GeneralPage"));
+    tie(*m_asks, removeWithoutAskingKey, false);
+    tie(*m_reducesMotion, VXReduceMotion, true);
+    tie(*m_logs, logKey, true);
 }
 
-/// A box that is on where the user default `key` has the value `isOnWhere`, and sets it so.
-void GeneralPage::addSwitch(const QString& title, const char* key, bool isOnWhere) {
+void GeneralPage::connectNib(NSNibConnections& nib) {
+    nib.outlet(QStringLiteral("asksBox"), m_asks);
+    nib.outlet(QStringLiteral("motionBox"), m_reducesMotion);
+    nib.outlet(QStringLiteral("logBox"), m_logs);
+}
+
+/// `box` is on where the user default `key` has the value `isOnWhere`, and sets it so.
+void GeneralPage::tie(LTHUDCheckBox& box, const char* key, bool isOnWhere) {
     const bool value = NSUserDefaults::standardUserDefaults().boolForKey(key);
-    LTHUDCheckBox& box = addCheckBox(nextRow(boxHeight), title, value == isOnWhere);
+    box.setState(value == isOnWhere ? NSOnState : NSOffState);
     connect(&box, &QAbstractButton::toggled, this, [key, isOnWhere](bool isOn) { keep(key, isOn == isOnWhere); });
 }

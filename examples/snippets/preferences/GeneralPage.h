@@ -3,11 +3,18 @@
 
 #include "PreferencesPage.h"
 
+class LTHUDCheckBox;
+
 /// How the program behaves. Every change counts at once.
 class GeneralPage : public PreferencesPage {
 public:
     GeneralPage();
 
 private:
-    void addSwitch(const QString& title, const char* key, bool isOnWhere);
+    void connectNib(NSNibConnections& nib) override;
+    void tie(LTHUDCheckBox& box, const char* key, bool isOnWhere);
+
+    LTHUDCheckBox* m_asks = nullptr;
+    LTHUDCheckBox* m_reducesMotion = nullptr;
+    LTHUDCheckBox* m_logs = nullptr;
 };

@@ -12,6 +12,7 @@ class LTHUDCheckBox;
 class LTHUDLineEdit;
 class LTHUDSecureTextField;
 class LTHUDTextField;
+class NSTextField;
 
 /// Which folder on which server the snippets are kept in sync with. What is typed counts when it is applied: by the
 /// button, or when the window is closed.
@@ -32,16 +33,16 @@ public:
     [[nodiscard]] LTHUDLineEdit& firstField() const;
 
 private:
-    template <class Field>
-    Field& addField(const QString& label);
+    void connectNib(NSNibConnections& nib) override;
+    void syncNow();
     [[nodiscard]] SyncSettings typed() const;
     bool apply();
     void advise();
 
     Apply m_apply;
-    LTHUDTextField& m_address;
-    LTHUDTextField& m_name;
-    LTHUDSecureTextField& m_password;
-    LTHUDCheckBox& m_isOn;
-    NSTextField& m_note;
+    LTHUDTextField* m_address = nullptr;
+    LTHUDTextField* m_name = nullptr;
+    LTHUDSecureTextField* m_password = nullptr;
+    LTHUDCheckBox* m_isOn = nullptr;
+    NSTextField* m_note = nullptr;
 };

@@ -6,74 +6,76 @@
 #include <VXKit/hud/LTHUDWindow.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSButtonCell.h>
+#include <VXKit/platform/appkit/NSNib.h>
 #include <VXKit/platform/appkit/NSTextField.h>
 #include <VXKit/platform/graphics/NSColor.h>
 #include <VXKit/platform/graphics/NSFont.h>
 
+#include <memory>
+#include <vector>
+
 namespace {
 
-// Points.
-constexpr NSSize sheetSize{442, 160};
-constexpr double margin = 24;
-constexpr double textWidth = sheetSize.width - 2 * margin;
-constexpr NSRect headlineFrame{{margin, 120}, {textWidth, 20}};
-constexpr NSRect reasonFrame{{margin, 84}, {textWidth, 28}};
-constexpr NSRect labelFrame{{margin, 55}, {72, 15}};
-constexpr NSRect fieldFrame{{106, 52}, {sheetSize.width - 106 - margin, 22}};
-constexpr NSRect okFrame{{331, 2}, {96, 28}};
-constexpr NSRect cancelFrame{{235, 2}, {96, 28}};
+constexpr double headlineFontSize = 16; // points
 
-constexpr double headlineFontSize = 16;
-constexpr double textFontSize = 11;
+/// The sheet while it asks.
+class PasswordSheet : public NSNibOwner {
+public:
+    PasswordSheet(const QString& headline, const QString& reason) {
+        std::vector<std::unique_ptr<QWidget>> windows;
+        NSNib(QStringLiteral("PasswordSheet")).instantiateNibWithOwner(*this, &windows);
+        m_owned = std::move(windows.front());
+        m_sheet->setHasShadow(true);
+        m_sheet->setWindowTitle(headline);
+        m_sheet->setAccessibleDescription(reason);
+        m_headline->setFont(NSFont::boldSystemFontOfSize(headlineFontSize));
+        m_headline->setTextColor(NSColor::whiteColor());
+        m_headline->setStringValue(headline);
+        m_reason->setStringValue(reason);
+        m_sheet->setDefaultButtonCell(&m_ok->cell());
+        m_cancel->cell().setKeyEquivalent(QStringLiteral("\u001b"));
+        m_sheet->makeFirstResponder(m_password);
+    }
 
-void addText(NSWindow& sheet, const NSRect& frame, const NSFont& font, const QString& text) {
-    auto* field = new NSTextField(frame, sheet.contentView());
-    field->setFont(font);
-    field->setTextColor(NSColor::whiteColor());
-    field->setStringValue(text);
-    ViewCore::of(sheet.contentView())->addSubview(field);
-}
+    std::optional<QString> runForWindow(NSWindow& window) {
+        m_sheet->runHUDSheetForWindow(window);
+        return m_answer;
+    }
 
-LTHUDButton& addButton(NSWindow& sheet, const NSRect& frame, const QString& title) {
-    auto* button = new LTHUDButton(frame, sheet.contentView());
-    button->setTitle(title);
-    ViewCore::of(sheet.contentView())->addSubview(button);
-    return *button;
-}
+private:
+    void connectNib(NSNibConnections& nib) override {
+        nib.outlet(QStringLiteral("sheet"), m_sheet);
+        nib.outlet(QStringLiteral("headline"), m_headline);
+        nib.outlet(QStringLiteral("reasonField"), m_reason);
+        nib.outlet(QStringLiteral("passwordField"), m_password);
+        nib.outlet(QStringLiteral("okButton"), m_ok);
+        nib.outlet(QStringLiteral("cancelButton"), m_cancel);
+        nib.action(QStringLiteral("ok:"), [this](QObject* /*sender*/) { accept(); });
+        nib.action(QStringLiteral("cancel:"),
+                   [](QObject* /*sender*/) { NSApplication::sharedApplication()->stopModal(); });
+    }
+
+    void accept() {
+        if (m_password->text().isEmpty()) {
+            NSBeep();
+            return;
+        }
+        m_answer = m_password->text();
+        NSApplication::sharedApplication()->stopModal();
+    }
+
+    std::unique_ptr<QWidget> m_owned;
+    LTHUDWindow* m_sheet = nullptr;
+    NSTextField* m_headline = nullptr;
+    NSTextField* m_reason = nullptr;
+    LTHUDSecureTextField* m_password = nullptr;
+    LTHUDButton* m_ok = nullptr;
+    LTHUDButton* m_cancel = nullptr;
+    std::optional<QString> m_answer;
+};
 
 } // namespace
 
 std::optional<QString> askForPassword(const QString& host, const QString& reason, NSWindow& window) {
-    const QString headline = QStringLiteral("Password for %1").arg(host);
-    LTHUDWindow sheet({NSZeroPoint, sheetSize}, NSBorderlessWindowMask, NSBackingStoreBuffered, true);
-    sheet.setHasShadow(true);
-    sheet.setWindowTitle(headline);
-    sheet.setAccessibleDescription(reason);
-    addText(sheet, headlineFrame, NSFont::boldSystemFontOfSize(headlineFontSize), headline);
-    addText(sheet, reasonFrame, NSFont::systemFontOfSize(textFontSize), reason);
-    addText(sheet, labelFrame, NSFont::systemFontOfSize(textFontSize), QStringLiteral("Password:"));
-    auto* password = new LTHUDSecureTextField(fieldFrame, sheet.contentView());
-    password->setAccessibleName(QStringLiteral("Password"));
-    ViewCore::of(sheet.contentView())->addSubview(password);
-    LTHUDButton& ok = addButton(sheet, okFrame, QStringLiteral("OK"));
-    LTHUDButton& cancel = addButton(sheet, cancelFrame, QStringLiteral("Cancel"));
-    password->setTarget(&ok);
-    password->setNextKeyView(&ok);
-    sheet.setDefaultButtonCell(&ok.cell());
-    cancel.cell().setKeyEquivalent(QStringLiteral("\u001b"));
-
-    std::optional<QString> answer;
-    QObject::connect(&ok, &QAbstractButton::clicked, &sheet, [&] {
-        if (password->text().isEmpty()) {
-            NSBeep();
-            return;
-        }
-        answer = password->text();
-        NSApplication::sharedApplication()->stopModal();
-    });
-    QObject::connect(&cancel, &QAbstractButton::clicked, &sheet,
-                     [] { NSApplication::sharedApplication()->stopModal(); });
-    sheet.makeFirstResponder(password);
-    sheet.runHUDSheetForWindow(window);
-    return answer;
+    return PasswordSheet(QStringLiteral("Password for %1").arg(host), reason).runForWindow(window);
 }
