@@ -9,6 +9,7 @@
 #include <VXKit/app/LTWindow.h>
 #include <VXKit/app/VXNibClasses.h>
 #include <VXKit/app/_LTViewLoader.h>
+#include <VXKit/controls/LTCopyPopUp.h>
 #include <VXKit/controls/LTHUDButton.h>
 #include <VXKit/controls/LTHUDCheckBox.h>
 #include <VXKit/controls/LTHUDCheckBoxCell.h>
@@ -18,6 +19,9 @@
 #include <VXKit/controls/LTHUDRadioButtonCell.h>
 #include <VXKit/controls/LTHUDSecureTextField.h>
 #include <VXKit/controls/LTHUDTextField.h>
+#include <VXKit/controls/LTLeftResizeCorner.h>
+#include <VXKit/controls/LTNameTag.h>
+#include <VXKit/controls/LTResizeCorner.h>
 #include <VXKit/database/LTDatabase.h>
 #include <VXKit/database/LTSnippetArray.h>
 #include <VXKit/database/_LTSnippet.h>
@@ -48,6 +52,7 @@
 #include <VXKit/platform/appkit/NSTextField.h>
 #include <VXKit/platform/appkit/NSURLCache.h>
 #include <VXKit/platform/appkit/NSView.h>
+#include <VXKit/platform/appkit/NSViewAnimation.h>
 #include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/appkit/PlainLineEdit.h>
 #include <VXKit/platform/appkit/SnapshotWindow.h>

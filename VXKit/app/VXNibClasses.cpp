@@ -9,6 +9,9 @@
 #include <VXKit/controls/LTHUDRadioButton.h>
 #include <VXKit/controls/LTHUDSecureTextField.h>
 #include <VXKit/controls/LTHUDTextField.h>
+#include <VXKit/controls/LTLeftResizeCorner.h>
+#include <VXKit/controls/LTNameTag.h>
+#include <VXKit/controls/LTResizeCorner.h>
 #include <VXKit/hud/LTHUDWindow.h>
 #include <VXKit/platform/appkit/NSNib.h>
 #include <VXKit/platform/appkit/WebView.h>
@@ -26,7 +29,10 @@ void VXRegisterNibClasses() {
         NSNib::registerClass<LTHUDSecureTextField>(QStringLiteral("LTHUDSecureTextField"));
         NSNib::registerClass<LTHUDTextField>(QStringLiteral("LTHUDTextField"));
         NSNib::registerClass<LTHUDWindow>(QStringLiteral("LTHUDWindow"));
+        NSNib::registerClass<LTLeftResizeCorner>(QStringLiteral("LTLeftResizeCorner"));
+        NSNib::registerClass<LTNameTag>(QStringLiteral("LTNameTag"));
         NSNib::registerClass<LTPreferenceTabs>(QStringLiteral("LTPreferenceTabs"));
+        NSNib::registerClass<LTResizeCorner>(QStringLiteral("LTResizeCorner"));
         NSNib::registerClass<LTStatusItemView>(QStringLiteral("LTStatusItemView"));
         NSNib::registerClass<LTSwitchableView>(QStringLiteral("LTSwitchableView"));
         NSNib::registerClass<LTWindow>(QStringLiteral("LTWindow"));

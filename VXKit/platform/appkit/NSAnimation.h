@@ -16,6 +16,13 @@ enum NSAnimationCurve {
     NSAnimationLinear = 3,
 };
 
+/// Whether starting an animation waits for its end. Of the two kinds that do not wait, both run in the event loop.
+enum NSAnimationBlockingMode {
+    NSAnimationBlocking = 0,            ///< it does; the user's input waits meanwhile, everything else goes on
+    NSAnimationNonblocking = 1,         ///< it returns at once
+    NSAnimationNonblockingThreaded = 2, ///< the same
+};
+
 /// Told about an animation. Here: nothing is done about it.
 class VXKIT_EXPORT NSAnimationDelegate {
 public:
@@ -32,9 +39,10 @@ public:
 
 /// The progress of something over a time; what it is that changes, a subclass says in setCurrentProgress().
 ///
-/// Runs in the blocking mode, AppKit's default: starting returns when the animation is over, the user's input waits
-/// meanwhile, everything else goes on. Where the person wishes less motion, its last step is all (see
-/// BlockingAnimation.h). To move the frame of a window, NSWindow::setFrame has an animation of its own.
+/// Runs in the blocking mode, AppKit's default, unless told otherwise: starting returns when the animation is over. One
+/// that does not block ends in the event loop, never while it is started. Where the person wishes less motion, its last
+/// step is all (see BlockingAnimation.h). To move the frame of a window, NSWindow::setFrame has an animation of its
+/// own.
 ///
 /// An animation may be stopped, started anew and destroyed from all that it calls. Stands for AppKit's class of the
 /// same name.
@@ -70,13 +78,27 @@ public:
     [[nodiscard]] NSAnimationCurve animationCurve() const { return m_curve; }
     void setAnimationCurve(NSAnimationCurve curve) { m_curve = curve; }
 
+    /// Counts for the next start. AppKit: `-setAnimationBlockingMode:`.
+    [[nodiscard]] NSAnimationBlockingMode animationBlockingMode() const { return m_blockingMode; }
+    void setAnimationBlockingMode(NSAnimationBlockingMode mode) { m_blockingMode = mode; }
+
     /// Not owned; it must outlive the animation or be taken back.
     [[nodiscard]] NSAnimationDelegate* delegate() const { return m_delegate; }
     void setDelegate(NSAnimationDelegate* delegate) { m_delegate = delegate; }
 
+protected:
+    /// The seconds that progress 0 to 1 is to take. Here: the duration.
+    [[nodiscard]] virtual double secondsToRun() const { return m_duration; }
+
 private:
+    class Frames;
+
+    void advance(float start, double share);
+    void end();
+
     double m_duration;
     NSAnimationCurve m_curve;
+    NSAnimationBlockingMode m_blockingMode = NSAnimationBlocking;
     float m_currentProgress = 0;
     NSAnimationDelegate* m_delegate = nullptr;
     std::unique_ptr<QObject> m_run; // while it runs; its death ends the loop

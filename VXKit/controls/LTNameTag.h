@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/appkit/NSView.h>
+#include <VXKit/platform/foundation/NSGeometry.h>
+#include <VXKit/platform/foundation/NSPropertyList.h>
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+class QWidget;
+
+/// A name in small white text, in the middle of a view of its size, for a dark ground; it has none of its own.
+///
+/// Its size is that of the name in a larger font than it is drawn in, so that there is always room around it. The name
+/// does not change: for text that does, a label of Qt's is simpler. Screen readers read it out.
+class VXKIT_EXPORT LTNameTag : public NSView {
+public:
+    /// A tag without a name or a frame, for a nib.
+    explicit LTNameTag(QWidget* parent = nullptr);
+    /// A tag a line high and as wide as `name` with a little room, at least 20 points. AppKit: `-initWithName:`.
+    explicit LTNameTag(const QString& name);
+    /// A tag three lines high and at least 185 points wide, with the text under the key "name" of `dictionary`, which
+    /// it keeps. Without such a text it has no name, and the height of no line. AppKit: `-initWithDictionary:`.
+    explicit LTNameTag(const NSDictionary& dictionary);
+    ~LTNameTag() override;
+
+    /// The same, owned by the caller until it is a subview.
+    [[nodiscard]] static std::unique_ptr<LTNameTag> nameTagWithName(const QString& name);
+    [[nodiscard]] static std::unique_ptr<LTNameTag> nameTagWithDictionary(const NSDictionary& dictionary);
+
+    /// What the tag was made from; nothing for one that was made from a name.
+    [[nodiscard]] const std::optional<NSDictionary>& dictionary() const { return dic; }
+
+    void drawRect(const NSRect& dirtyRect) override;
+
+private:
+    QString name;
+    std::optional<NSDictionary> dic;
+};
