@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/appkit/NSProgressIndicator.h>
+#include <VXKit/platform/foundation/NSGeometry.h>
+
+/// The progress indicator of HUD panels: a light one on a faint disc that fills its frame.
+class VXKIT_EXPORT LTHUDProgressIndicator : public NSProgressIndicator {
+public:
+    /// One without a frame, for a layout of Qt's.
+    explicit LTHUDProgressIndicator(QWidget* parent = nullptr);
+    /// AppKit: `-initWithFrame:`.
+    explicit LTHUDProgressIndicator(const NSRect& frame, QWidget* parent = nullptr);
+    ~LTHUDProgressIndicator() override;
+
+    void drawRect(const NSRect& dirtyRect) override;
+
+private:
+    void setUp();
+};

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/appkit/NSBox.h>
+#include <VXKit/platform/foundation/NSGeometry.h>
+
+/// A line between parts of a window.
+///
+///     ╶──────────────────────╴   in a HUD window: dark above light, from side to side
+///       · · ─────────── · ·      in others: a point high, fading out to both ends
+///     ▓▓▓▓▓▓▓▓▓▓▓▓▓▓▓▓▓▓▓▓▓▓▓▓   more than 5 points high: a dark panel behind other views
+class VXKIT_EXPORT LTLine : public NSBox {
+public:
+    using NSBox::NSBox;
+    ~LTLine() override;
+
+    void drawRect(const NSRect& dirtyRect) override;
+};

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <VXKit/VXKitExport.h>
+#include <VXKit/platform/appkit/NSView.h>
+#include <VXKit/platform/foundation/NSGeometry.h>
+#include <VXKit/platform/graphics/NSFont.h>
+
+#include <QProgressBar>
+#include <QSize>
+#include <QTimer>
+
+/// AppKit: `NSProgressIndicatorStyle`.
+enum NSProgressIndicatorStyle { NSProgressIndicatorBarStyle = 0, NSProgressIndicatorSpinningStyle = 1 };
+
+extern template class VXKIT_EXPORT ViewOf<QProgressBar>;
+
+/// Tells how far something is, or that something goes on: as a bar or as a wheel of spokes.
+///
+/// It is one of Qt's progress bars, as which a screen reader knows it, and is drawn by itself in the colours of its
+/// palette: WindowText for the wheel and the empty bar, Highlight for what is done. A wheel that is determinate is a
+/// pie. Set values by the operations here, not by QProgressBar's.
+///
+/// It moves only while it was started, can be seen, and the person does not wish less motion: a wheel turns slowly
+/// then, a bar stands. Stands for AppKit's class of the same name.
+class VXKIT_EXPORT NSProgressIndicator : public ViewOf<QProgressBar> {
+public:
+    /// One without a frame, for a layout of Qt's.
+    explicit NSProgressIndicator(QWidget* parent = nullptr);
+    /// AppKit: `-initWithFrame:`.
+    explicit NSProgressIndicator(const NSRect& frame, QWidget* parent = nullptr);
+    ~NSProgressIndicator() override;
+
+    /// A bar at first. AppKit: `-style`, `-setStyle:`.
+    [[nodiscard]] NSProgressIndicatorStyle indicatorStyle() const { return m_style; }
+    void setIndicatorStyle(NSProgressIndicatorStyle style);
+
+    /// Whether nobody knows how far it is. Yes, at first. AppKit: `-isIndeterminate`, `-setIndeterminate:`.
+    [[nodiscard]] bool isIndeterminate() const { return m_isIndeterminate; }
+    void setIndeterminate(bool flag);
+
+    /// What it begins and ends with, at first 0 and 100, and how far it is. A value beyond them is kept and shown as
+    /// the nearer of them; where the end is not above the beginning, nothing is done yet. NaN changes nothing. AppKit:
+    /// `-minValue` and so on.
+    [[nodiscard]] double minValue() const { return m_minValue; }
+    void setMinValue(double value);
+    [[nodiscard]] double maxValue() const { return m_maxValue; }
+    void setMaxValue(double value);
+    [[nodiscard]] double doubleValue() const { return m_doubleValue; }
+    void setDoubleValue(double value);
+    /// AppKit: `-incrementBy:`.
+    void incrementBy(double delta) { setDoubleValue(m_doubleValue + delta); }
+
+    /// Lets an indeterminate one move, and holds it. `sender` is not looked at. AppKit: `-startAnimation:`.
+    void startAnimation(QObject* sender);
+    void stopAnimation(QObject* sender);
+
+    /// Whether it is seen while it is not started and nobody knows how far it is. Yes, at first.
+    /// AppKit: `-isDisplayedWhenStopped`.
+    [[nodiscard]] bool isDisplayedWhenStopped() const { return m_isDisplayedWhenStopped; }
+    void setDisplayedWhenStopped(bool flag);
+
+    /// Regular, 32 points for a wheel, or small, 16. AppKit: `-controlSize`.
+    [[nodiscard]] NSControlSize controlSize() const { return m_controlSize; }
+    void setControlSize(NSControlSize controlSize);
+
+    /// Whether it moves at this moment.
+    [[nodiscard]] bool isMoving() const { return m_timer.isActive(); }
+
+    /// Takes over a range and a value that a nib has for QProgressBar's own, which make it determinate.
+    void awakeFromNib() override;
+
+    void drawRect(const NSRect& dirtyRect) override;
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    [[nodiscard]] double fraction() const;
+    void valuesHaveChanged();
+    void updateTimer();
+    void takeStep();
+    void drawBar();
+    void drawWheel();
+    void drawPie();
+
+    NSProgressIndicatorStyle m_style = NSProgressIndicatorBarStyle;
+    NSControlSize m_controlSize = NSRegularControlSize;
+    bool m_isIndeterminate = true;
+    bool m_isAnimating = false;
+    bool m_isDisplayedWhenStopped = true;
+    double m_minValue = 0;
+    double m_maxValue = 100;
+    double m_doubleValue = 0;
+    int m_step = 0;
+    QTimer m_timer{this};
+};
