@@ -22,8 +22,8 @@
 #include <VXKit/controls/LTHUDSecureTextField.h>
 #include <VXKit/controls/LTHUDTableView.h>
 #include <VXKit/controls/LTHUDTextField.h>
-#include <VXKit/controls/LTLine.h>
 #include <VXKit/controls/LTLeftResizeCorner.h>
+#include <VXKit/controls/LTLine.h>
 #include <VXKit/controls/LTNameTag.h>
 #include <VXKit/controls/LTResizeCorner.h>
 #include <VXKit/database/LTDatabase.h>
