@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -34,7 +35,7 @@ const std::string* nameIn(const NSDictionary& dictionary) {
 
 LTNameTag::LTNameTag(QWidget* parent) : NSView(parent) {}
 
-LTNameTag::LTNameTag(const QString& itsName) : name(itsName) {
+LTNameTag::LTNameTag(QString itsName) : name(std::move(itsName)) {
     const NSSize size = measuredSize(name);
     setFrame(NSMakeRect(0, 0, std::max(leastWidth, size.width + widthAround), size.height + heightAround));
     setAccessibleName(name);

@@ -22,7 +22,7 @@ public:
     /// A tag without a name or a frame, for a nib.
     explicit LTNameTag(QWidget* parent = nullptr);
     /// A tag a line high and as wide as `name` with a little room, at least 20 points. AppKit: `-initWithName:`.
-    explicit LTNameTag(const QString& name);
+    explicit LTNameTag(QString itsName);
     /// A tag three lines high and at least 185 points wide, with the text under the key "name" of `dictionary`, which
     /// it keeps. Without such a text it has no name, and the height of no line. AppKit: `-initWithDictionary:`.
     explicit LTNameTag(const NSDictionary& dictionary);

@@ -49,7 +49,7 @@ double& timeout() {
     return seconds;
 }
 
-QString& host() {
+QString& hostOfProcess() {
     static QString name;
     return name;
 }
@@ -61,8 +61,8 @@ std::unique_ptr<VXExceptionReporter>& shared() {
 
 /// Where reports are posted to; not valid where there is no host, or none that could be one.
 QUrl endpoint() {
-    const QUrl url(QStringLiteral("http://%1/_report.php").arg(host()), QUrl::StrictMode);
-    return url.authority().compare(host(), Qt::CaseInsensitive) == 0 && !url.host().isEmpty() ? url : QUrl();
+    const QUrl url(QStringLiteral("http://%1/_report.php").arg(hostOfProcess()), QUrl::StrictMode);
+    return url.authority().compare(hostOfProcess(), Qt::CaseInsensitive) == 0 && !url.host().isEmpty() ? url : QUrl();
 }
 
 QString versionOfSystem() {
@@ -163,14 +163,14 @@ VXExceptionReporter& VXExceptionReporter::reporter() {
 }
 
 QString VXExceptionReporter::reportingHost() {
-    return host();
+    return hostOfProcess();
 }
 
-void VXExceptionReporter::setReportingHost(const QString& name) {
-    host() = name;
-    if (!name.isEmpty() && !endpoint().isValid()) {
-        NSLog("Problems cannot be reported to %@, which is no host.", name);
-        host() = QString();
+void VXExceptionReporter::setReportingHost(const QString& host) {
+    hostOfProcess() = host;
+    if (!host.isEmpty() && !endpoint().isValid()) {
+        NSLog("Problems cannot be reported to %@, which is no host.", host);
+        hostOfProcess() = QString();
     }
 }
 

@@ -72,7 +72,7 @@ double timeOf(const Work& work) {
         for (int time = 0; time < measuredPaints / measuredRounds; ++time) {
             work();
         }
-        best = std::min(best, milliseconds(clock) / (measuredPaints / measuredRounds));
+        best = std::min(best, milliseconds(clock) / static_cast<double>(measuredPaints / measuredRounds));
     }
     return best;
 }

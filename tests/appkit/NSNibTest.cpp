@@ -142,8 +142,8 @@ protected:
 
     /// Loads a nib that is without fault.
     void load(const QString& name, NSNibOwner& owner) {
-        const std::vector<std::string> log = linesLoggedBy([&] {
-            NSNib nib(name);
+        const std::vector<std::string> log = linesLoggedBy([&, nibName = name] {
+            NSNib nib(nibName);
             EXPECT_TRUE(nib.isValid());
             EXPECT_TRUE(nib.instantiateNibWithOwner(owner, &topLevelObjects));
         });
@@ -423,8 +423,8 @@ TEST_F(NSNibTest, LogsWhereAFileIsNoForm) {
     for (const auto& [name, fault] : faults) {
         PanelOwner owner;
         const std::string path = ":/nibs/" + name.toStdString() + ".ui: ";
-        const std::vector<std::string> log = linesLoggedBy([&] {
-            NSNib nib(name);
+        const std::vector<std::string> log = linesLoggedBy([&, nibName = name] {
+            NSNib nib(nibName);
             EXPECT_FALSE(nib.isValid());
             EXPECT_FALSE(nib.instantiateNibWithOwner(owner));
         });

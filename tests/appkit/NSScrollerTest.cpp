@@ -11,6 +11,7 @@
 #include <QAccessible>
 #include <QAccessibleInterface>
 #include <QAccessibleValueInterface>
+#include <QPainter>
 #include <QWheelEvent>
 
 #include <limits>

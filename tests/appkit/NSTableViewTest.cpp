@@ -21,6 +21,8 @@
 #include <limits>
 #include <set>
 
+#include <gmock/gmock.h>
+
 namespace {
 
 /// A great many rows, which counts what it is asked.

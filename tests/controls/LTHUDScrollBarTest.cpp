@@ -64,8 +64,8 @@ int ActivityHost::argc = 1;
 class LTHUDScrollBarTest : public ActivityHost {
 protected:
     LTHUDScrollBarTest() {
-        window.setBackgroundColor(
-            NSColor::colorWithCalibratedRed(panelColor.redF(), panelColor.greenF(), panelColor.blueF(), 1));
+        window.setBackgroundColor(NSColor::colorWithCalibratedRed(
+            double(panelColor.redF()), double(panelColor.greenF()), double(panelColor.blueF()), 1));
     }
 };
 

@@ -88,7 +88,7 @@ TEST_F(LTLineTest, IsDarkInTheMiddleAndFadesToBothEndsInAnyOtherWindow) {
     const QImage picture = pictureOf(line, 1);
     const auto white = [&](int x) { return picture.pixelColor(x, 0).red(); };
     EXPECT_NEAR(white(0), 90, 1);
-    EXPECT_NEAR(white(25), 90 + (51 - 90) / 2, 1);
+    EXPECT_NEAR(white(25), 90 + (51 - 90) / 2.0, 1);
     EXPECT_NEAR(white(49), 51, 1);
     EXPECT_NEAR(white(50), 51, 1);
     EXPECT_NEAR(white(99), 90, 1);

@@ -9,6 +9,7 @@
 #include <VXKit/platform/appkit/NSTextField.h>
 #include <VXKit/platform/appkit/NSView.h>
 #include <VXKit/platform/appkit/PlainLineEdit.h>
+#include <VXKit/platform/foundation/Demangling.h>
 #include <VXKit/platform/foundation/NSBundle.h>
 #include <VXKit/platform/foundation/NSLog.h>
 #include <VXKit/platform/graphics/NSImage.h>
@@ -30,8 +31,6 @@
 #include <QVariant>
 
 #include <algorithm>
-#include <cstdlib>
-#include <cxxabi.h>
 #include <memory>
 #include <numeric>
 #include <optional>
@@ -96,13 +95,6 @@ const QSet<QString>& widgetsOfQt(const QUiLoader& loader) {
         return QSet<QString>(names.begin(), names.end());
     }();
     return widgets;
-}
-
-QString readableName(const std::type_info& type) {
-    int status = 0;
-    const std::unique_ptr<char, void (*)(void*)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
-                                                      std::free);
-    return QString::fromUtf8(name ? name.get() : type.name());
 }
 
 /// The objects at the top of nibs that nobody took.
@@ -543,7 +535,8 @@ QObject* NSNibConnections::objectNamed(const QString& name) {
 
 void NSNibConnections::logOtherClass(const QString& name, const std::type_info& wanted) {
     m_session.log(QStringLiteral("the object \"%1\" is of class %2, the outlet for it of class %3")
-                      .arg(name, m_session.classNameOf(*m_session.objectNamed(name)), readableName(wanted)));
+                      .arg(name, m_session.classNameOf(*m_session.objectNamed(name)),
+                           QString::fromStdString(demangled(wanted.name()))));
 }
 
 NSNibOwner::NSNibOwner() : m_life(std::make_shared<const bool>(true)) {}

@@ -48,7 +48,8 @@ constexpr double standingAlpha = 0.5;
 constexpr int shares = 1000; // of a range that is not one of whole numbers, for a screen reader
 
 NSColor colorOf(const QColor& color, double alpha = 1) {
-    return NSColor::colorWithCalibratedRed(color.redF(), color.greenF(), color.blueF(), alpha * double(color.alphaF()));
+    return NSColor::colorWithCalibratedRed(double(color.redF()), double(color.greenF()), double(color.blueF()),
+                                           alpha * double(color.alphaF()));
 }
 
 /// A line from `from` to `to` with round ends.
@@ -119,7 +120,7 @@ NSRect middleSquare(const NSRect& rect) {
 }
 
 bool isWholeNumber(double value) {
-    return value == std::floor(value) && std::abs(value) < std::numeric_limits<int>::max() / 2;
+    return value == std::floor(value) && std::abs(value) < std::numeric_limits<int>::max() / 2.0;
 }
 
 } // namespace

@@ -30,7 +30,8 @@ constexpr int standardRowHeight = 20; // points
 constexpr double highestRow = 10'000;
 
 NSColor colorOf(const QColor& color) {
-    return NSColor::colorWithCalibratedRed(color.redF(), color.greenF(), color.blueF(), color.alphaF());
+    return NSColor::colorWithCalibratedRed(double(color.redF()), double(color.greenF()), double(color.blueF()),
+                                           double(color.alphaF()));
 }
 
 NSTextAlignment alignmentOf(const QVariant& alignment, NSTextAlignment standard) {

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr qint64 mostBytes = 16 * 1024 * 1024;
+constexpr qint64 mostBytes = qint64{16} * 1024 * 1024;
 
 } // namespace
 

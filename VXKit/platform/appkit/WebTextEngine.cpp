@@ -28,9 +28,9 @@
 
 namespace {
 
-constexpr qint64 mostBytesOfPage = 4 * 1024 * 1024;
-constexpr qint64 mostBytesOfResource = 8 * 1024 * 1024;
-constexpr qint64 mostBytesOfResources = 32 * 1024 * 1024;
+constexpr qint64 mostBytesOfPage = qint64{4} * 1024 * 1024;
+constexpr qint64 mostBytesOfResource = qint64{8} * 1024 * 1024;
+constexpr qint64 mostBytesOfResources = qint64{32} * 1024 * 1024;
 constexpr int mostResources = 128;
 constexpr int mostRedirects = 10;
 constexpr int mostDepth = 256; // of elements: Qt's own reader is quadratic in it
@@ -456,7 +456,7 @@ void WebTextEngine::enter(const QUrl& url) {
 }
 
 /// False where `content` is nothing that can be shown, which ends the load.
-bool WebTextEngine::show(QByteArray content, QByteArray contentType, const QUrl& url) {
+bool WebTextEngine::show(const QByteArray& content, const QByteArray& contentType, const QUrl& url) {
     const QByteArray type = contentType.split(';').first().trimmed().toLower();
     QString html;
     m_resources.clear();

@@ -61,7 +61,7 @@ private:
     void follow(const QUrl& link);
     void visit(int index);
     void scrollTo(const QUrl& url, int visit);
-    [[nodiscard]] bool show(QByteArray content, QByteArray contentType, const QUrl& url);
+    [[nodiscard]] bool show(const QByteArray& content, const QByteArray& contentType, const QUrl& url);
     void enter(const QUrl& url);
     void render();
     void restoreScroll();

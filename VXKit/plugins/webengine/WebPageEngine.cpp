@@ -203,7 +203,7 @@ WebPageEngine::WebPageEngine(QWidget& parent) {
             end(m_hasPage ? QString() : tr("It was stopped."));
         }
     });
-    dismantlers().push_back([engine = QPointer<WebPageEngine>(this)] {
+    dismantlers().emplace_back([engine = QPointer<WebPageEngine>(this)] {
         if (engine) {
             engine->dismantle();
         }
