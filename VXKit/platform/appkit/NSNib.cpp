@@ -108,9 +108,10 @@ std::vector<QPointer<QWidget>>& keptObjects() {
 void deleteKeptObjects() {
     std::vector<QPointer<QWidget>> objects = std::exchange(keptObjects(), {});
     // The last first, as it may count on what was there before it.
-    for (auto object = objects.rbegin(); object != objects.rend(); ++object) {
-        if (*object && !(*object)->parent()) {
-            delete *object;
+    std::reverse(objects.begin(), objects.end());
+    for (const QPointer<QWidget>& object : objects) {
+        if (object && !object->parent()) {
+            delete object;
         }
     }
 }
