@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "Appearance.h"
 
+#include <VXKit/controls/LTHUDScrollBar.h>
+
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFont>
 #include <QIcon>
 #include <QPalette>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QStyleFactory>
 
 #include <algorithm>
+#include <memory>
 
 namespace {
 
@@ -62,14 +64,14 @@ void applyAppearance() {
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/Snippets.svg")));
 }
 
-void useSlimScrollBar(QAbstractScrollArea& area) {
-    area.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    area.verticalScrollBar()->setStyleSheet(QStringLiteral(
-        "QScrollBar:vertical { width: 10px; background: palette(base); border: none; margin: 0; }"
-        "QScrollBar::handle:vertical { background: #4a4e55; border-radius: 3px; margin: 2px; min-height: 28px; }"
-        "QScrollBar::handle:vertical:hover { background: #5f646c; }"
-        "QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }"
-        "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }"));
+void useHUDScrollBars(QAbstractScrollArea& area) {
+    const auto makeScrollBar = [](Qt::Orientation orientation) {
+        auto scrollBar = std::make_unique<LTHUDScrollBar>(orientation);
+        scrollBar->awakeFromNib();
+        return scrollBar.release();
+    };
+    area.setVerticalScrollBar(makeScrollBar(Qt::Vertical));
+    area.setHorizontalScrollBar(makeScrollBar(Qt::Horizontal));
 }
 
 void usePushButtonSize(QPushButton& button) {

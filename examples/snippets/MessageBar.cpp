@@ -45,6 +45,7 @@ MessageBar::MessageBar(QWidget* parent)
     m_details->setFrameShape(QFrame::NoFrame);
     m_details->setLineWrapMode(QPlainTextEdit::NoWrap);
     m_details->setTabChangesFocus(true);
+    useHUDScrollBars(*m_details);
     m_details->setAccessibleName(QStringLiteral("Details of the message"));
     m_details->hide();
 

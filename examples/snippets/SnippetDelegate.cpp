@@ -12,8 +12,6 @@ constexpr int sideMargin = 12;
 constexpr int topMargin = 8;
 constexpr int lineSpacing = 3;
 constexpr int columnSpacing = 10;
-constexpr int outerMargin = 4; // from the row's edge to the rounded background of the selection
-constexpr double cornerRadius = 5.0;
 constexpr int smallestWidth = 120;
 
 constexpr double selectedDetailOpacity = 0.8;
@@ -58,16 +56,9 @@ void drawLine(QPainter* painter, const QRect& line, const QString& left, const Q
 
 void SnippetDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
     painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(Qt::NoPen);
     const bool isSelected = option.state.testFlag(QStyle::State_Selected);
-    const QRect background = option.rect.adjusted(outerMargin, 1, -outerMargin, -1);
-    if (isSelected) {
-        painter->setBrush(option.palette.highlight());
-        painter->drawRoundedRect(background, cornerRadius, cornerRadius);
-    } else if (option.state.testFlag(QStyle::State_MouseOver)) {
-        painter->setBrush(QColor(255, 255, 255, hoverAlpha));
-        painter->drawRoundedRect(background, cornerRadius, cornerRadius);
+    if (!isSelected && option.state.testFlag(QStyle::State_MouseOver)) {
+        painter->fillRect(option.rect, QColor(255, 255, 255, hoverAlpha));
     }
 
     const QColor titleColor = option.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);

@@ -8,7 +8,8 @@
 ///     Title                                 14:02
 ///     First line of the text, greyed      used 3×
 ///
-/// Every row has the same height, which the font gives.
+/// Every row has the same height, which the font gives. The row's background and the highlight of the selection are the
+/// table's.
 class SnippetDelegate : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;

@@ -85,41 +85,100 @@ QString SnippetImportRefusal::description() const {
 SnippetImporter::SnippetImporter(std::shared_ptr<SnippetsDatabase> database) : m_database(std::move(database)) {}
 
 SnippetImportResult SnippetImporter::importPaths(const QStringList& paths) {
-    m_result = {};
-    m_startTime = NSDate::date().timeIntervalSince1970();
+    addPaths(paths);
+    while (!isDone()) {
+        takeStep();
+    }
+    return takeResult();
+}
+
+void SnippetImporter::addPaths(const QStringList& paths) {
+    if (isDone() && m_next == 0) {
+        m_startTime = NSDate::date().timeIntervalSince1970();
+    }
+    std::vector<Place> places;
     for (const QString& path : paths) {
         const QFileInfo info(path);
-        if (!info.isDir()) {
-            importFile(path, path, info.fileName());
-            continue;
-        }
-        const std::size_t before = m_result.importedCount + m_result.refusals.size();
-        importFolder(path, path, {});
-        if (m_result.importedCount + m_result.refusals.size() == before) {
-            refuse(path, QStringLiteral("is a folder without files"));
+        if (info.isDir()) {
+            places.push_back({.kind = Place::Kind::GivenFolder, .path = path, .name = path, .title = QString()});
+        } else {
+            places.push_back({.kind = Place::Kind::File, .path = path, .name = path, .title = info.fileName()});
         }
     }
+    m_places.insert(m_places.begin(), places.rbegin(), places.rend());
+}
+
+void SnippetImporter::takeStep() {
+    if (!m_places.empty()) {
+        const Place place = std::move(m_places.back());
+        m_places.pop_back();
+        lookAt(place);
+    } else if (m_next < m_found.size()) {
+        const Found found = std::exchange(m_found[m_next++], {});
+        if (found.refusal.isNull()) {
+            importFile(found.path, found.name, found.title);
+        } else {
+            refuse(found.name, found.refusal);
+        }
+    }
+}
+
+SnippetImportResult SnippetImporter::takeResult() {
+    m_result.wasStopped = !isDone();
+    m_places.clear();
+    m_found.clear();
+    m_next = 0;
     return std::exchange(m_result, {});
 }
 
-void SnippetImporter::importFolder(const QString& path, const QString& name, const QString& titlePrefix) {
-    const QFileInfo folder(path);
-    if (!folder.isReadable() || !folder.isExecutable()) {
-        refuse(name, QStringLiteral("is a folder that may not be read"));
+void SnippetImporter::lookAt(const Place& place) {
+    const auto refuseLater = [&](const QString& reason) {
+        m_found.push_back({.path = place.path, .name = place.name, .title = QString(), .refusal = reason});
+    };
+    switch (place.kind) {
+    case Place::Kind::File:
+        m_found.push_back({.path = place.path, .name = place.name, .title = place.title, .refusal = QString()});
         return;
-    }
-    const QFileInfoList entries =
-        QDir(path).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QFileInfo& entry : entries) {
-        const QString entryName =
-            name.endsWith(QLatin1Char('/')) ? name + entry.fileName() : name + QLatin1Char('/') + entry.fileName();
-        const QString title = titlePrefix + entry.fileName();
-        if (!entry.isDir()) {
-            importFile(entry.filePath(), entryName, title);
-        } else if (!entry.isSymLink() && !entry.isHidden() && entry.fileName() != passedOverFolder()) {
-            importFolder(entry.filePath(), entryName, title + QLatin1Char('/'));
+    case Place::Kind::EndOfGivenFolder:
+        if (m_found.size() == place.foundCount) {
+            refuseLater(QStringLiteral("is a folder without files"));
         }
+        return;
+    case Place::Kind::GivenFolder:
+        m_places.push_back({.kind = Place::Kind::EndOfGivenFolder,
+                            .path = place.path,
+                            .name = place.name,
+                            .title = QString(),
+                            .foundCount = m_found.size()});
+        break;
+    case Place::Kind::Folder:
+        break;
     }
+    const QFileInfo folder(place.path);
+    if (folder.isReadable() && folder.isExecutable()) {
+        lookInFolder(place);
+    } else {
+        refuseLater(QStringLiteral("is a folder that may not be read"));
+    }
+}
+
+void SnippetImporter::lookInFolder(const Place& place) {
+    const QFileInfoList entries =
+        QDir(place.path)
+            .entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    const QString prefix = place.name.endsWith(QLatin1Char('/')) ? place.name : place.name + QLatin1Char('/');
+    std::for_each(entries.rbegin(), entries.rend(), [&](const QFileInfo& entry) {
+        const QString name = prefix + entry.fileName();
+        const QString title = place.title + entry.fileName();
+        if (!entry.isDir()) {
+            m_places.push_back({.kind = Place::Kind::File, .path = entry.filePath(), .name = name, .title = title});
+        } else if (!entry.isSymLink() && !entry.isHidden() && entry.fileName() != passedOverFolder()) {
+            m_places.push_back({.kind = Place::Kind::Folder,
+                                .path = entry.filePath(),
+                                .name = name,
+                                .title = title + QLatin1Char('/')});
+        }
+    });
 }
 
 void SnippetImporter::importFile(const QString& path, const QString& name, const QString& title) {

@@ -21,6 +21,14 @@ struct SnippetImportRefusal {
 struct SnippetImportResult {
     std::size_t importedCount = 0;
     std::vector<SnippetImportRefusal> refusals;
+    bool wasStopped = false; ///< before all of them had their turn
+};
+
+/// How far an import is.
+struct SnippetImportProgress {
+    bool isLooking = false; ///< for more files, so that nobody knows how many there are
+    std::size_t foundCount = 0;
+    std::size_t doneCount = 0; ///< of these, imported or refused
 };
 
 /// Makes snippets of text files.
@@ -42,12 +50,46 @@ public:
     /// each following one a second older; where there is a list, newest first, it has the order of the files.
     SnippetImportResult importPaths(const QStringList& paths);
 
+    /// The same in steps, for an import that must not hold up everything else: adds `paths` to what is to be imported,
+    /// after all that is there already; takeStep as long as it is not done; then takeResult. First all files are found,
+    /// then they are imported.
+    void addPaths(const QStringList& paths);
+    [[nodiscard]] bool isDone() const { return m_places.empty() && m_next == m_found.size(); }
+    /// Looks at one file or one folder, or imports one file. Nothing where all is done.
+    void takeStep();
+    [[nodiscard]] SnippetImportProgress progress() const {
+        return {.isLooking = !m_places.empty(), .foundCount = m_found.size(), .doneCount = m_next};
+    }
+    /// What has become of the files, of which those not yet imported are forgotten.
+    SnippetImportResult takeResult();
+
 private:
+    /// A file that was found, or what is refused before it is opened.
+    struct Found {
+        QString path;
+        QString name;
+        QString title;
+        QString refusal; // null for a file
+    };
+    /// Where to look for files; at its end, a folder that was given itself is known to have some or none.
+    struct Place {
+        enum class Kind { File, Folder, GivenFolder, EndOfGivenFolder };
+        Kind kind = Kind::File;
+        QString path;
+        QString name;
+        QString title;              // of a folder, what the titles of its files begin with
+        std::size_t foundCount = 0; // at the beginning of the folder that ends here
+    };
+
+    void lookAt(const Place& place);
+    void lookInFolder(const Place& place);
     void importFile(const QString& path, const QString& name, const QString& title);
-    void importFolder(const QString& path, const QString& name, const QString& titlePrefix);
     void refuse(const QString& name, const QString& reason);
 
     std::shared_ptr<SnippetsDatabase> m_database;
+    std::vector<Place> m_places; // the next one is the last
+    std::vector<Found> m_found;
+    std::size_t m_next = 0; // of what was found
     double m_startTime = 0.0;
     SnippetImportResult m_result;
 };

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "SnippetPasteboard.h"
 
+#include <VXKit/controls/LTCopyPopUp.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/support/NSPasteboard+VXKitAdditions.h>
+
+#include <QCoreApplication>
+#include <QMetaObject>
 
 std::shared_ptr<Snippet> addSnippetFromPasteboard(SnippetsDatabase& database, const NSPasteboard& pasteboard) {
     const QString text = stringValue(pasteboard);
@@ -30,4 +34,9 @@ bool copySnippetToPasteboard(const std::shared_ptr<Snippet>& snippet, SnippetsDa
     snippet->noteUse(NSDate::date());
     database.notifyOfModificationForSnippet(snippet);
     return true;
+}
+
+void showCopyPopUp() {
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [] { LTCopyPopUp::pop(); }, Qt::QueuedConnection);
 }

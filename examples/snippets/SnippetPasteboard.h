@@ -16,3 +16,7 @@ std::shared_ptr<Snippet> addSnippetFromPasteboard(SnippetsDatabase& database, co
 /// where the pasteboard does not take it.
 bool copySnippetToPasteboard(const std::shared_ptr<Snippet>& snippet, SnippetsDatabase& database,
                              NSPasteboard& pasteboard);
+
+/// Lets the kit's pop-up tell that something was copied, as soon as all else that happens at copying is done: input
+/// waits while it zooms in, and neither the window's going nor the keyboard's return to where it was may wait for that.
+void showCopyPopUp();

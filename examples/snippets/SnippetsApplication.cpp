@@ -30,6 +30,7 @@ namespace {
 constexpr std::size_t newestCount = 5; // snippets in the menu
 constexpr double statusItemWidth = 30; // points
 constexpr const char* reportingHostKey = "ReportingHost";
+constexpr const char* helpURLKey = "HelpURL"; // of a newer help than the program's own
 
 QString menuTitle(const Snippet& snippet) {
     QString title = shortTitle(snippet.title().isEmpty() ? QStringLiteral("Untitled") : snippet.title());
@@ -70,8 +71,11 @@ bool SnippetsApplication::start() {
                 m_window->setFrame(m_window->constrainFrameRect(m_window->frame()), true);
             }
         });
-    m_willTerminate = centre.addObserverForName(NSApplicationWillTerminateNotification, nullptr,
-                                                [this](const NSNotification&) { m_window->saveDivision(); });
+    m_willTerminate =
+        centre.addObserverForName(NSApplicationWillTerminateNotification, nullptr, [this](const NSNotification&) {
+            m_importRun->stop();
+            m_window->saveLayout();
+        });
     return true;
 }
 
@@ -91,6 +95,9 @@ void SnippetsApplication::makeSyncManager() {
 /// Shows what m_database holds, in place of what was shown before.
 void SnippetsApplication::openDatabase() {
     makeWindow();
+    m_importRun = std::make_unique<SnippetImportRun>(m_database);
+    connect(m_importRun.get(), &SnippetImportRun::progressed, m_window.get(), &SnippetsWindow::showImportProgress);
+    connect(m_importRun.get(), &SnippetImportRun::ended, this, &SnippetsApplication::importHasEnded);
     m_databaseWasModified = NSNotificationCenter::defaultCenter().addObserverForName(
         LTSnippetDBWasModifiedNotification, m_database.get(), [this](const NSNotification&) {
             // Once for all the files of an import.
@@ -114,6 +121,7 @@ void SnippetsApplication::makeWindow() {
         switchBackToApp();
     });
     connect(m_window.get(), &SnippetsWindow::asksWhatItIs, this, &SnippetsApplication::showAbout);
+    connect(m_window.get(), &SnippetsWindow::asksToStopImport, this, [this] { m_importRun->stop(); });
     addShortcuts(*m_window);
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), m_window.get()), &QShortcut::activated, m_window.get(),
             &SnippetsWindow::leave);
@@ -133,6 +141,8 @@ void SnippetsApplication::useStandardFile() {
     if (m_syncManager->isEnabled() || modalWindow()) {
         return;
     }
+    // It would go on in the database that is left.
+    m_importRun->stop();
     closeMainWindow();
     SnippetsDatabase::reloadFromStandardFile();
     m_database = SnippetsDatabase::shared();
@@ -236,15 +246,17 @@ bool SnippetsApplication::lockDatabase() {
     return false;
 }
 
-SnippetImportResult SnippetsApplication::importPaths(const QStringList& paths) {
-    SnippetImportResult result = SnippetImporter(m_database).importPaths(paths);
+void SnippetsApplication::importPaths(const QStringList& paths) {
+    m_importRun->importPaths(paths);
+}
+
+void SnippetsApplication::importHasEnded(const SnippetImportResult& result) {
     m_database->saveDB();
     for (const SnippetImportRefusal& refusal : result.refusals) {
         complain(refusal.description());
     }
     VXLog("Imported %lu files, refused %lu", result.importedCount, result.refusals.size());
     m_window->showImportResult(result);
-    return result;
 }
 
 void SnippetsApplication::showMainWindow() {
@@ -258,7 +270,8 @@ void SnippetsApplication::showMainWindow() {
 }
 
 QUrl SnippetsApplication::helpURL() const {
-    return QUrl(QStringLiteral("qrc:/help.html"));
+    const QString elsewhere = NSUserDefaults::standardUserDefaults().stringForKey(helpURLKey);
+    return elsewhere.isEmpty() ? QUrl(QStringLiteral("qrc:/help.html")) : QUrl(elsewhere);
 }
 
 LTApplicationController* SnippetsApplication::applicationController() const {
@@ -322,8 +335,11 @@ void SnippetsApplication::listNewestSnippets() {
     }
     for (const std::shared_ptr<Snippet>& snippet : m_window->model().newest(newestCount)) {
         auto* action = new QAction(menuTitle(*snippet), m_menu.get());
-        connect(action, &QAction::triggered, this,
-                [this, snippet] { copySnippetToPasteboard(snippet, *m_database, NSPasteboard::generalPasteboard()); });
+        connect(action, &QAction::triggered, this, [this, snippet] {
+            if (copySnippetToPasteboard(snippet, *m_database, NSPasteboard::generalPasteboard())) {
+                showCopyPopUp();
+            }
+        });
         m_menu->insertAction(m_newestEnd, action);
         m_newest.push_back(action);
     }

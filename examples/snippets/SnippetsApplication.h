@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "SnippetImporter.h"
+#include "SnippetImportRun.h"
 #include "SnippetsDatabase.h"
 #include "preferences/PreferencesWindow.h"
 #include "sync/SnippetsSyncManager.h"
@@ -31,9 +31,11 @@ public:
     /// file, the last to save would undo the other.
     [[nodiscard]] bool start();
 
-    /// Imports files and folders and saves at once. What is refused is told on standard error, a line each, and in the
-    /// window.
-    SnippetImportResult importPaths(const QStringList& paths);
+    /// Imports files and folders, beside all else that goes on, and saves when that is done. What is refused is told on
+    /// standard error, a line each, and in the window. While an import runs, these are imported after it.
+    void importPaths(const QStringList& paths);
+    /// The import, whether it runs or not; there is another one for another database.
+    [[nodiscard]] SnippetImportRun& importRun() const { return *m_importRun; }
 
     /// Both exist from start on.
     [[nodiscard]] SnippetsWindow& window() const { return *m_window; }
@@ -74,6 +76,7 @@ private:
     void openDatabase();
     void makeWindow();
     void makeMenu();
+    void importHasEnded(const SnippetImportResult& result);
     void askForSyncPassword();
     void addShortcuts(LTWindow& window);
     [[nodiscard]] bool isShown() const;
@@ -83,6 +86,7 @@ private:
     std::unique_ptr<QLockFile> m_lock;
     std::unique_ptr<SnippetsSyncManager> m_syncManager;
     std::shared_ptr<SnippetsDatabase> m_database;
+    std::unique_ptr<SnippetImportRun> m_importRun;
     std::unique_ptr<SnippetsWindow> m_window;
     std::unique_ptr<AboutWindow> m_about;             // the back of the window
     std::unique_ptr<PreferencesWindow> m_preferences; // made when it is first asked for

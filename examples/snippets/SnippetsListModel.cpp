@@ -109,6 +109,11 @@ QVariant SnippetsListModel::data(const QModelIndex& index, int role) const {
     }
 }
 
+QVariant SnippetsListModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    const bool isName = section == 0 && orientation == Qt::Horizontal && role == Qt::DisplayRole;
+    return isName ? QVariant(QStringLiteral("Snippet")) : QVariant();
+}
+
 QHash<int, QByteArray> SnippetsListModel::roleNames() const {
     QHash<int, QByteArray> names = QAbstractListModel::roleNames();
     names.insert(FirstLineRole, "firstLine");

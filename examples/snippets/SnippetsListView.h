@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QListView>
+#include <VXKit/controls/LTHUDTableView.h>
 
 class QLabel;
 
-/// The list of snippets: rows of one height, so that a long list is laid out without asking for its rows, and a text in
-/// the middle while there are none.
-class SnippetsListView : public QListView {
+/// The list of snippets: the kit's dark table with a single column, in this program's colours, and a text in the middle
+/// while there are no rows.
+///
+/// Home and End go to the first and the last row, and Tab leaves the table, as in any list.
+class SnippetsListView : public LTHUDTableView {
 public:
     explicit SnippetsListView(QWidget* parent = nullptr);
 
@@ -21,11 +23,18 @@ public:
     /// Does nothing: typing searches, and the search field is where that happens.
     void keyboardSearch(const QString& search) override;
 
+    /// One alone while there are no rows, so that the text is not on stripes.
+    [[nodiscard]] std::vector<NSColor> _alternatingRowBackgroundColors() const override;
+    [[nodiscard]] NSColor _highlightColorForCell(const NSCell* cell) const override;
+
 protected:
+    [[nodiscard]] QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
+    void updateRowHeight();
     void showOrHidePlaceholder();
 
-    QLabel* m_placeholder;
+    QLabel* m_placeholder = nullptr;
 };

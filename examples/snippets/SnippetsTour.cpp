@@ -2,6 +2,8 @@
 #include "SnippetsTour.h"
 
 #include "AboutWindow.h"
+#include "ImportBar.h"
+#include "MessageBar.h"
 #include "SnippetQuestions.h"
 #include "SnippetsApplication.h"
 #include "SnippetsListModel.h"
@@ -14,12 +16,17 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QEventLoop>
+#include <QFile>
 #include <QKeyEvent>
+#include <QPointer>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QWindow>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -28,10 +35,13 @@
 namespace {
 
 constexpr int waitingTime = 5000;   // milliseconds for a window to be shown
-constexpr int pictureTime = 2000;   // milliseconds for the screen to show what the window has painted
+constexpr int importTime = 120'000; // milliseconds for what is to be shown to come in
+constexpr int popUpTime = 1000;     // milliseconds that a pop-up is there for certain
 constexpr int pictureInterval = 20; // milliseconds between two looks at the screen
 constexpr int searchedRow = 3;      // whose title is searched for
 constexpr int selectedRow = 2;
+constexpr int importedFiles = 40;
+constexpr std::size_t stoppedAfter = 12; // of these
 
 // The screen shows a window when its pixels are the window's own, but for a caret that has blinked meanwhile.
 constexpr int channelTolerance = 12; // of 255
@@ -101,8 +111,9 @@ bool SnippetsTour::run() {
         return fail(QStringLiteral("%1: cannot create the folder of the pictures").arg(m_folder));
     }
     const QString clipboard = stringValue(NSPasteboard::generalPasteboard());
-    const bool succeeded = showList() && showSearch() && showSelection() && showAdded() && showRenamed() &&
-                           showRemoved() && showPreferences() && showAbout() && showHelp() && tellFile();
+    const bool succeeded = showList() && showSearch() && showSelection() && showImport() && showAdded() &&
+                           showRenamed() && showCopied() && showRemoved() && showPreferences() && showAbout() &&
+                           showHelp() && tellFile();
     if (!clipboard.isNull()) {
         NSPasteboard::generalPasteboard().clearContents();
         NSPasteboard::generalPasteboard().setString(clipboard, QString::fromLatin1(NSStringPboardType));
@@ -113,6 +124,9 @@ bool SnippetsTour::run() {
 bool SnippetsTour::showList() {
     SnippetsWindow& window = m_application.window();
     m_application.showMainWindow();
+    if (!waitFor([this] { return !m_application.importRun().isRunning(); }, importTime, pictureInterval)) {
+        return fail(QStringLiteral("the import of the snippets to show does not end"));
+    }
     if (window.model().rowCount() == 0) {
         return fail(QStringLiteral("there are no snippets to show; name some text files"));
     }
@@ -144,6 +158,50 @@ bool SnippetsTour::showSelection() {
     return takePicture(window, QStringLiteral("03-selected"));
 }
 
+/// Imports more files than anybody waits for, and stops that. What has come in goes again.
+bool SnippetsTour::showImport() {
+    SnippetsWindow& window = m_application.window();
+    const QTemporaryDir folder;
+    for (int number = 1; number <= importedFiles; ++number) {
+        QFile file(folder.filePath(QStringLiteral("Note %1.txt").arg(number, 2, 10, QLatin1Char('0'))));
+        if (!file.open(QIODevice::WriteOnly) || file.write("A note among many.\n") < 0) {
+            return fail(QStringLiteral("%1: cannot be written").arg(file.fileName()));
+        }
+    }
+    const auto all = [&] { return window.model().newest(static_cast<std::size_t>(window.model().totalCount())); };
+    const std::vector<std::shared_ptr<Snippet>> before = all();
+    SnippetImportRun& run = m_application.importRun();
+    run.setPace({.slice = {}, .patience = {}});
+    bool isTold = false;
+    const QMetaObject::Connection watch =
+        QObject::connect(&run, &SnippetImportRun::progressed, &run, [&](const SnippetImportProgress& progress) {
+            auto* const stop = window.findChild<ImportBar*>()->findChild<QPushButton*>();
+            // The import waits for the picture.
+            if (progress.doneCount == stoppedAfter) {
+                isTold = takePicture(window, QStringLiteral("04-importing"));
+                stop->click();
+            }
+        });
+    m_application.importPaths({folder.path()});
+    const bool ended = waitFor([&] { return !run.isRunning(); }, waitingTime, pictureInterval);
+    QObject::disconnect(watch);
+    run.setPace({});
+
+    std::vector<std::shared_ptr<Snippet>> imported = all();
+    std::erase_if(imported, [&](const std::shared_ptr<Snippet>& snippet) {
+        return std::find(before.begin(), before.end(), snippet) != before.end();
+    });
+    if (!ended || !isTold || imported.size() != stoppedAfter) {
+        return fail(QStringLiteral("an import cannot be stopped"));
+    }
+    const bool isShown = takePicture(window, QStringLiteral("05-stopped"));
+    for (const std::shared_ptr<Snippet>& snippet : imported) {
+        m_application.database().removeSnippet(snippet);
+    }
+    window.findChild<MessageBar*>(QStringLiteral("messageBar"))->hide();
+    return isShown;
+}
+
 bool SnippetsTour::showAdded() {
     SnippetsWindow& window = m_application.window();
     const QString text =
@@ -156,7 +214,7 @@ bool SnippetsTour::showAdded() {
         window.selectedSnippet()->text() != text) {
         return fail(QStringLiteral("the text on the clipboard does not become a snippet"));
     }
-    return takePicture(window, QStringLiteral("04-added"));
+    return takePicture(window, QStringLiteral("06-added"));
 }
 
 bool SnippetsTour::showRenamed() {
@@ -164,7 +222,7 @@ bool SnippetsTour::showRenamed() {
     const QString title = QStringLiteral("A title of its own");
     // The sheet has the old title selected, so that the first letter replaces it.
     const bool isAnswered =
-        answerSheet([&] { window.renameSelected(); }, QStringLiteral("05-renaming"), title + QLatin1Char('\r'));
+        answerSheet([&] { window.renameSelected(); }, QStringLiteral("07-renaming"), title + QLatin1Char('\r'));
     if (!isAnswered || window.selectedSnippet()->title() != title) {
         return fail(QStringLiteral("the selected snippet cannot be renamed"));
     }
@@ -195,11 +253,29 @@ bool SnippetsTour::answerSheet(const std::function<void()>& ask, const QString& 
     return succeeded;
 }
 
+/// The one that was added, whose uses nobody misses.
+bool SnippetsTour::showCopied() {
+    const auto popUp = []() -> NSWindow* {
+        for (NSWindow* window : NSWindow::windows()) {
+            if (window->ignoresMouseEvents() && window->isVisible()) {
+                return window;
+            }
+        }
+        return nullptr;
+    };
+    SnippetsWindow& window = m_application.window();
+    if (!window.copySelected() || stringValue(NSPasteboard::generalPasteboard()) != window.selectedSnippet()->text() ||
+        !waitFor([&] { return popUp() != nullptr; }, waitingTime, pictureInterval)) {
+        return fail(QStringLiteral("the selected snippet cannot be copied"));
+    }
+    return takePicture(*popUp(), QStringLiteral("08-copied"), popUpTime);
+}
+
 bool SnippetsTour::showRemoved() {
     SnippetsWindow& window = m_application.window();
     const int before = window.model().totalCount();
     if (asksBeforeRemoving()) {
-        if (!answerSheet([&] { window.askToRemoveSelected(); }, QStringLiteral("06-removing"), QStringLiteral("\r"))) {
+        if (!answerSheet([&] { window.askToRemoveSelected(); }, QStringLiteral("09-removing"), QStringLiteral("\r"))) {
             return false;
         }
     } else {
@@ -208,13 +284,13 @@ bool SnippetsTour::showRemoved() {
     if (window.model().totalCount() != before - 1 || !window.canUndoRemoval()) {
         return fail(QStringLiteral("the selected snippet cannot be removed"));
     }
-    return takePicture(window, QStringLiteral("07-removed"));
+    return takePicture(window, QStringLiteral("10-removed"));
 }
 
 bool SnippetsTour::showPreferences() {
     using Page = PreferencesWindow::Page;
-    for (const auto& [page, name] : {std::pair(Page::General, "08-preferences"), std::pair(Page::Sync, "09-sync"),
-                                     std::pair(Page::Database, "10-database")}) {
+    for (const auto& [page, name] : {std::pair(Page::General, "11-preferences"), std::pair(Page::Sync, "12-sync"),
+                                     std::pair(Page::Database, "13-database")}) {
         m_application.showPreferences(page);
         if (!takePicture(m_application.preferences(), QString::fromLatin1(name))) {
             return false;
@@ -229,7 +305,7 @@ bool SnippetsTour::showAbout() {
     if (!m_application.about() || !m_application.about()->isVisible() || m_application.window().isVisible()) {
         return fail(QStringLiteral("the window does not turn over"));
     }
-    if (!takePicture(*m_application.about(), QStringLiteral("11-about"))) {
+    if (!takePicture(*m_application.about(), QStringLiteral("14-about"))) {
         return false;
     }
     m_application.leaveAbout();
@@ -246,7 +322,7 @@ bool SnippetsTour::showHelp() {
     if (!waitFor(isLoaded, waitingTime, pictureInterval) || !page->isVisible()) {
         return fail(QStringLiteral("the help cannot be loaded"));
     }
-    return takePicture(*LTHelpLoader::loader().window(), QStringLiteral("12-help"));
+    return takePicture(*LTHelpLoader::loader().window(), QStringLiteral("15-help"));
 }
 
 /// Counts what is in the file, not what is in memory.
@@ -265,23 +341,31 @@ bool SnippetsTour::tellFile() const {
 
 /// Waits until the screen shows what `window` has painted. Where it never does, because the desktop makes windows
 /// translucent or lets nobody see the screen, goes on after a while.
-bool SnippetsTour::takePicture(QWidget& window, const QString& name) {
+bool SnippetsTour::takePicture(QWidget& window, const QString& name, int longestWait) {
     const auto isExposed = [&] { return window.windowHandle() && window.windowHandle()->isExposed(); };
     if (!waitFor(isExposed, waitingTime, pictureInterval)) {
         return fail(QStringLiteral("%1: the window is not shown").arg(name));
     }
     const QScreen& screen = *window.screen();
     const double ratio = screen.devicePixelRatio();
+    // A pop-up goes by itself.
+    const QPointer<QWidget> shown(&window);
     QImage content;
     QImage picture;
     waitFor(
         [&] {
+            if (!shown) {
+                return true;
+            }
             content = window.grab().toImage().convertToFormat(QImage::Format_ARGB32);
             picture = pictureOfScreen(screen);
             const QPointF place = QPointF(window.mapToGlobal(QPoint()) - screen.geometry().topLeft()) * ratio;
             return isEmpty(picture) || shows(picture, content, place.toPoint());
         },
-        pictureTime, pictureInterval);
+        longestWait, pictureInterval);
+    if (!shown) {
+        return fail(QStringLiteral("%1: the window is gone").arg(name));
+    }
 
     const QString path = QDir(m_folder).filePath(name + QStringLiteral(".png"));
     if (!(isEmpty(picture) ? content : picture).save(path)) {

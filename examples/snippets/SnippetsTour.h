@@ -24,18 +24,22 @@ public:
     [[nodiscard]] bool run();
 
 private:
+    static constexpr int pictureTime = 2000; // milliseconds for the screen to show what the window has painted
+
     [[nodiscard]] bool showList();
     [[nodiscard]] bool showSearch();
     [[nodiscard]] bool showSelection();
+    [[nodiscard]] bool showImport();
     [[nodiscard]] bool showAdded();
     [[nodiscard]] bool showRenamed();
+    [[nodiscard]] bool showCopied();
     [[nodiscard]] bool showRemoved();
     [[nodiscard]] bool answerSheet(const std::function<void()>& ask, const QString& picture, const QString& typed);
     [[nodiscard]] bool showPreferences();
     [[nodiscard]] bool showAbout();
     [[nodiscard]] bool showHelp();
     [[nodiscard]] bool tellFile() const;
-    [[nodiscard]] bool takePicture(QWidget& window, const QString& name);
+    [[nodiscard]] bool takePicture(QWidget& window, const QString& name, int longestWait = pictureTime);
     [[nodiscard]] static bool fail(const QString& reason);
 
     SnippetsApplication& m_application;

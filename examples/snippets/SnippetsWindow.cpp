@@ -4,8 +4,10 @@
 #include "Appearance.h"
 #include "DateText.h"
 #include "ElidedLabel.h"
+#include "ImportBar.h"
 #include "MessageBar.h"
 #include "SnippetImporter.h"
+#include "SnippetKindTag.h"
 #include "SnippetPasteboard.h"
 #include "SnippetQuestions.h"
 #include "SnippetsListModel.h"
@@ -13,7 +15,10 @@
 #include "TitleText.h"
 #include "sync/SnippetsSyncManager.h"
 
+#include <VXKit/controls/LTLeftResizeCorner.h>
+#include <VXKit/controls/LTResizeCorner.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
+#include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/foundation/NSTimer.h>
 #include <VXKit/platform/foundation/NSUserDefaults.h>
 #include <VXKit/support/VXLog.h>
@@ -30,14 +35,23 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QSplitter>
+#include <QTextOption>
+
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
 
 namespace {
 
 // Points.
 constexpr NSSize windowSize{720, 500};
-constexpr int arrowHeight = 14;    // of the window's arrow, above its body
-constexpr int separatorDepth = 48; // of the window's separator, below its top
-constexpr int outlineWidth = 2;    // that the window's sides leave
+constexpr NSSize leastSize{600, 320};
+constexpr NSSize largestSize{1400, 1000};
+constexpr double resizeCornerLength = 11;
+constexpr double resizeCornerMargin = 3; // so that the grip is within the round corner
+constexpr int arrowHeight = 14;          // of the window's arrow, above its body
+constexpr int separatorDepth = 48;       // of the window's separator, below its top
+constexpr int outlineWidth = 2;          // that the window's sides leave
 constexpr int listWidth = 280;
 constexpr int smallestColumnWidth = 200;
 constexpr int margin = 12;
@@ -53,6 +67,9 @@ constexpr double clockInterval = 60; // seconds
 constexpr qsizetype longestPreview = 100'000; // characters
 
 constexpr const char* divisionKey = "SnippetsWindowDivision";
+constexpr const char* sizeKey = "SnippetsWindowSize";
+constexpr const char* widthKey = "width";
+constexpr const char* heightKey = "height";
 
 NSData dataOf(const QByteArray& bytes) {
     return {bytes.begin(), bytes.end()};
@@ -63,6 +80,22 @@ QByteArray bytesUnder(const char* key) {
     const NSData* data = value ? value->as<NSData>() : nullptr;
     return data ? QByteArray(reinterpret_cast<const char*>(data->data()), static_cast<qsizetype>(data->size()))
                 : QByteArray();
+}
+
+std::optional<NSSize> sizeUnder(const char* key) {
+    const std::optional<NSPropertyList> value = NSUserDefaults::standardUserDefaults().objectForKey(key);
+    const NSDictionary* size = value ? value->as<NSDictionary>() : nullptr;
+    const auto length = [size](const char* side) {
+        const NSPropertyList* number = size ? size->objectForKey(side) : nullptr;
+        return number ? number->doubleValue() : 0;
+    };
+    const NSSize read{length(widthKey), length(heightKey)};
+    return read.width > 0 && read.height > 0 ? std::optional(read) : std::nullopt;
+}
+
+NSSize limitedSize(const NSSize& size, const NSSize& least, const NSSize& largest) {
+    return {std::max(least.width, std::min(size.width, largest.width)),
+            std::max(least.height, std::min(size.height, largest.height))};
 }
 
 QString numbered(qint64 count, const char* one, const char* many) {
@@ -108,7 +141,10 @@ SnippetsWindow::SnippetsWindow(std::shared_ptr<SnippetsDatabase> database)
     makeWidgets();
     layOutWidgets();
     connectWidgets();
-    restoreDivision();
+    addResizeCorners();
+    setMinSize(leastSize);
+    setMaxSize(largestSize);
+    restoreLayout();
     searchHasChanged();
 }
 
@@ -121,6 +157,8 @@ SnippetsWindow::~SnippetsWindow() {
 }
 
 void SnippetsWindow::makeWidgets() {
+    m_importBar = new ImportBar(contentView());
+    m_importBar->setObjectName(QStringLiteral("importBar"));
     m_messageBar = new MessageBar(contentView());
     m_messageBar->setObjectName(QStringLiteral("messageBar"));
     m_syncBar = new MessageBar(contentView());
@@ -144,7 +182,6 @@ void SnippetsWindow::makeWidgets() {
     m_splitter->setHandleWidth(1);
     m_list = new SnippetsListView(m_splitter);
     m_list->setModel(m_model);
-    useSlimScrollBar(*m_list);
     m_list->setAccessibleName(QStringLiteral("Snippets"));
     m_list->setMinimumWidth(smallestColumnWidth);
 
@@ -161,12 +198,16 @@ void SnippetsWindow::makeWidgets() {
     m_dates->setTextFormat(Qt::PlainText);
     m_dates->setWordWrap(true);
     m_dates->setForegroundRole(QPalette::PlaceholderText);
+    m_dates->setContentsMargins(0, 0, margin, 0);
     m_preview = new QPlainTextEdit(m_detail);
     m_preview->setObjectName(QStringLiteral("preview"));
     m_preview->setReadOnly(true);
     m_preview->setFrameShape(QFrame::NoFrame);
     m_preview->setTabChangesFocus(true);
-    useSlimScrollBar(*m_preview);
+    useHUDScrollBars(*m_preview);
+    // So that there is never anything to scroll across.
+    m_preview->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    m_preview->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_preview->document()->setDocumentMargin(0);
     m_preview->setAccessibleName(QStringLiteral("Text of the selected snippet"));
     QFont textFont = QFontDatabase::systemFont(QFontDatabase::FixedFont);
@@ -199,13 +240,22 @@ void SnippetsWindow::makeWidgets() {
           static_cast<QWidget*>(m_remove), static_cast<QWidget*>(m_copy)}) {
         widget->installEventFilter(this);
     }
+    for (QWidget* bar : std::initializer_list<QWidget*>{m_importBar, m_messageBar, m_syncBar, m_undoBar}) {
+        for (QPushButton* button : bar->findChildren<QPushButton*>()) {
+            button->installEventFilter(this);
+        }
+    }
 }
 
 void SnippetsWindow::layOutWidgets() {
     auto* detailLayout = new QVBoxLayout(m_detail);
-    detailLayout->setContentsMargins(margin + spacing / 2, margin, spacing / 2, 0);
+    detailLayout->setContentsMargins(margin + spacing / 2, margin, 0, 0);
     detailLayout->setSpacing(spacing / 2);
-    detailLayout->addWidget(m_title);
+    m_titleLayout = new QHBoxLayout;
+    m_titleLayout->setContentsMargins(0, 0, margin, 0);
+    m_titleLayout->setSpacing(spacing);
+    m_titleLayout->addWidget(m_title, 1);
+    detailLayout->addLayout(m_titleLayout);
     detailLayout->addWidget(m_dates);
     detailLayout->addSpacing(spacing);
     detailLayout->addWidget(m_preview, 1);
@@ -235,6 +285,7 @@ void SnippetsWindow::layOutWidgets() {
     layout->setSpacing(0);
     layout->addWidget(head);
     layout->addSpacing(1);
+    layout->addWidget(m_importBar);
     layout->addWidget(m_messageBar);
     layout->addWidget(m_syncBar);
     layout->addWidget(m_splitter, 1);
@@ -247,7 +298,7 @@ void SnippetsWindow::connectWidgets() {
     connect(m_search, &QLineEdit::textChanged, this, &SnippetsWindow::searchHasChanged);
     connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &SnippetsWindow::selectionHasChanged);
-    connect(m_list, &QListView::doubleClicked, this, [this] {
+    connect(m_list, &QAbstractItemView::doubleClicked, this, [this] {
         if (copySelected()) {
             leave();
         }
@@ -266,23 +317,61 @@ void SnippetsWindow::connectWidgets() {
     connect(m_rename, &QPushButton::clicked, this, &SnippetsWindow::renameSelected);
     connect(m_remove, &QPushButton::clicked, this, &SnippetsWindow::askToRemoveSelected);
     connect(m_copy, &QPushButton::clicked, this, &SnippetsWindow::copySelected);
+    connect(m_importBar, &ImportBar::asksToStop, this, &SnippetsWindow::asksToStopImport);
     connect(m_undoBar, &MessageBar::actionTriggered, this, &SnippetsWindow::undoRemoval);
     connect(m_undoBar, &MessageBar::dismissed, this, &SnippetsWindow::forgetRemoved);
 }
 
-void SnippetsWindow::restoreDivision() {
+void SnippetsWindow::addResizeCorners() {
+    constexpr double length = resizeCornerLength;
+    constexpr double inset = resizeCornerMargin;
+    ViewCore& content = *ViewCore::of(contentView());
+    auto left = std::make_unique<LTLeftResizeCorner>(NSMakeRect(inset, inset, length, length));
+    left->setAutoresizingMask(NSViewMaxXMargin | NSViewMaxYMargin);
+    content.addSubview(left.release());
+    auto right = std::make_unique<LTResizeCorner>(
+        NSMakeRect(content.bounds().size.width - inset - length, inset, length, length));
+    right->setAutoresizingMask(NSViewMinXMargin | NSViewMaxYMargin);
+    content.addSubview(right.release());
+}
+
+void SnippetsWindow::restoreLayout() {
+    if (const std::optional<NSSize> size = sizeUnder(sizeKey)) {
+        // It may have been kept on a larger screen.
+        const NSSize screen = NSScreen::mainScreen().visibleFrame().size;
+        setFrame(
+            {NSWindow::frame().origin, {std::min(size->width, screen.width), std::min(size->height, screen.height)}},
+            false);
+    }
     m_splitter->restoreState(bytesUnder(divisionKey));
     // Part of what the state remembers, and not the user's to change.
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setHandleWidth(1);
 }
 
-void SnippetsWindow::saveDivision() const {
+void SnippetsWindow::saveLayout() const {
     NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
+    const NSSize size = NSWindow::frame().size;
+    NSDictionary lengths;
+    lengths.setObject(size.width, widthKey);
+    lengths.setObject(size.height, heightKey);
+    defaults.setObject(lengths, sizeKey);
     defaults.setObject(dataOf(m_splitter->saveState()), divisionKey);
     if (!defaults.synchronize()) {
-        VXLog("The division of the window could not be kept");
+        VXLog("The size and the division of the window could not be kept");
     }
+}
+
+void SnippetsWindow::setFrame(const NSRect& frame, bool display) {
+    // The left corner knows no largest size.
+    const NSRect limited{frame.origin, limitedSize(frame.size, minSize(), maxSize())};
+    if (limited.size == NSWindow::frame().size) {
+        LTWindow::setFrame(limited, display);
+        return;
+    }
+    // The place of the window follows from its size, which it must have first.
+    LTWindow::setFrame(limited, false);
+    LTWindow::setFrame(constrainFrameRect(LTWindow::frame()), display);
 }
 
 void SnippetsWindow::setSearch(const QString& search) {
@@ -330,6 +419,7 @@ bool SnippetsWindow::copySelected() {
         return false;
     }
     sayForAWhile(QStringLiteral("Copied ") + quotedTitle(selected->title()));
+    showCopyPopUp();
     return true;
 }
 
@@ -398,18 +488,29 @@ void SnippetsWindow::forgetRemoved() {
     }
 }
 
+void SnippetsWindow::showImportProgress(const SnippetImportProgress& progress) {
+    m_importBar->showProgress(progress);
+}
+
 void SnippetsWindow::showImportResult(const SnippetImportResult& result) {
-    if (result.refusals.empty()) {
+    const bool wasToldOf = !m_importBar->isHidden();
+    m_importBar->end();
+    const auto imported = static_cast<qint64>(result.importedCount);
+    if (result.refusals.empty() && !result.wasStopped) {
+        if (wasToldOf) {
+            sayForAWhile(QStringLiteral("Imported ") + numbered(imported, "file", "files"));
+        }
         return;
     }
     QStringList details;
     for (const SnippetImportRefusal& refusal : result.refusals) {
         details += refusal.description();
     }
-    const auto imported = static_cast<qint64>(result.importedCount);
-    const auto refused = static_cast<qint64>(result.refusals.size());
-    m_messageBar->showMessage(
-        QStringLiteral("%1 imported, %2 not").arg(numbered(imported, "file was", "files were")).arg(refused), details);
+    QString message = numbered(imported, "file was", "files were") + QStringLiteral(" imported");
+    if (!result.refusals.empty()) {
+        message += QStringLiteral(", %1 not").arg(static_cast<qint64>(result.refusals.size()));
+    }
+    m_messageBar->showMessage(result.wasStopped ? QStringLiteral("Stopped: ") + message : message, details);
 }
 
 void SnippetsWindow::tellSync(const SyncReport& report) {
@@ -463,10 +564,22 @@ void SnippetsWindow::updatePreview() {
     m_title->setText(snippet ? m_model->data(m_model->indexOf(*snippet)).toString() : QString());
     m_dates->setText(snippet ? datesText(*snippet) : QString());
     const QString text = snippet ? snippet->text().first(std::min(snippet->text().size(), longestPreview)) : QString();
+    updateKindTag(snippet ? std::optional(kindOfText(text)) : std::nullopt);
     // Setting it anew would take the user's place in the text away.
     if (m_previewedText != text) {
         m_previewedText = text;
         m_preview->setPlainText(text);
+    }
+}
+
+void SnippetsWindow::updateKindTag(std::optional<SnippetKind> kind) {
+    if ((m_kindTag ? std::optional(m_kindTag->kind()) : std::nullopt) == kind) {
+        return;
+    }
+    delete std::exchange(m_kindTag, nullptr);
+    if (kind) {
+        m_kindTag = new SnippetKindTag(*kind);
+        m_titleLayout->addWidget(m_kindTag, 0, Qt::AlignVCenter);
     }
 }
 
@@ -512,7 +625,7 @@ void SnippetsWindow::hideEvent(QHideEvent* event) {
         m_clockTimer.reset();
     }
     if (!event->spontaneous()) {
-        saveDivision();
+        saveLayout();
         // The next time starts afresh, at the snippet that was selected.
         m_search->clear();
     }
@@ -523,6 +636,12 @@ void SnippetsWindow::keyPressEvent(QKeyEvent* event) {
     if (!handleKeyPress(nullptr, event)) {
         LTWindow::keyPressEvent(event);
     }
+}
+
+void SnippetsWindow::mouseDown(const NSEvent& event) {
+    LTWindow::mouseDown(event);
+    // Without a place for the keyboard, Up and Down would have no effect.
+    m_search->setFocus();
 }
 
 bool SnippetsWindow::eventFilter(QObject* watched, QEvent* event) {
@@ -550,11 +669,13 @@ bool SnippetsWindow::handleKeyPress(QObject* receiver, QKeyEvent* event) {
         }
         return true;
     case Qt::Key_Escape:
-        if (m_search->text().isEmpty()) {
-            leave();
-        } else {
+        if (!m_search->text().isEmpty()) {
             m_search->clear();
             m_search->setFocus();
+        } else if (m_importBar->isVisible()) {
+            Q_EMIT asksToStopImport();
+        } else {
+            leave();
         }
         return true;
     case Qt::Key_Delete:

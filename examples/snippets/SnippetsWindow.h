@@ -1,15 +1,20 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "SnippetKind.h"
+
 #include <VXKit/app/LTWindow.h>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class ElidedLabel;
+class ImportBar;
 class MessageBar;
 class NSTimer;
 class QAction;
+class QHBoxLayout;
 class QKeyEvent;
 class QLabel;
 class QLineEdit;
@@ -17,10 +22,12 @@ class QPlainTextEdit;
 class QPushButton;
 class QSplitter;
 class Snippet;
+class SnippetKindTag;
 class SnippetsDatabase;
 class SnippetsListModel;
 class SnippetsListView;
 class _LTSnippet;
+struct SnippetImportProgress;
 struct SnippetImportResult;
 struct SyncReport;
 
@@ -30,17 +37,20 @@ struct SyncReport;
 ///     ╭──────────────────────┘└────────────────────────────╮
 ///     │ 🔍 Search snippets                               ✕ │
 ///     ├──────────────────┬─────────────────────────────────┤
-///     │ Title      14:02 │ Title                           │
+///     │ Title      14:02 │ Title                    (Link) │
 ///     │ First line       │ Created … Used 3 times          │
 ///     │ Title  Yesterday │ ┌─────────────────────────────┐ │
 ///     │ First line       │ │ text                        │ │
 ///     ├──────────────────┴─────────────────────────────────┤
 ///     │ 214 snippets  Add from Clipboard Rename Remove Copy│
-///     ╰────────────────────────────────────────────────────╯
+///     ╰╲──────────────────────────────────────────────────╱╯
+///
+/// Its bottom corners resize it, within limits; it stays under the status item, and has its size again at the next
+/// launch.
 ///
 /// It is made for the keyboard: whatever has the focus, typing searches, Up and Down move through the list, Return
-/// copies and leaves, F2 renames, Delete removes, Ctrl+V adds from the clipboard, Escape clears the search and then
-/// leaves.
+/// copies and leaves, F2 renames, Delete removes, Ctrl+V adds from the clipboard, Escape clears the search, stops an
+/// import that is told of, and then leaves.
 class SnippetsWindow : public LTWindow {
     Q_OBJECT
 
@@ -79,17 +89,27 @@ public:
     void undoRemoval();
     [[nodiscard]] bool canUndoRemoval() const { return !m_removed.empty(); }
 
-    /// Tells what an import did, where it is worth telling: when something was refused.
+    /// Tells how far an import is, with a way to stop it, until its result is shown.
+    void showImportProgress(const SnippetImportProgress& progress);
+    /// Tells what an import did, where it is worth telling: when something was refused, and when it took a while or was
+    /// stopped.
     void showImportResult(const SnippetImportResult& result);
 
     /// Tells how a sync ended: quietly where all went well, with all that the user should know otherwise.
     void tellSync(const SyncReport& report);
 
-    /// Keeps the division of the window for the next launch.
-    void saveDivision() const;
+    /// Keeps the size and the division of the window for the next launch.
+    void saveLayout() const;
+
+    /// Keeps the size within the window's limits, and the window under the status item.
+    void setFrame(const NSRect& frame, bool display) override;
+    using LTWindow::setFrame;
 
     /// Orders the window out and says so.
     void leave();
+
+    /// A click that nothing in the window has a use for, and one on a corner, puts the keyboard into the search.
+    void mouseDown(const NSEvent& event) override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -98,6 +118,8 @@ Q_SIGNALS:
     void left();
     /// The user wants to know what this program is.
     void asksWhatItIs();
+    /// The user has seen enough of the import that is told of.
+    void asksToStopImport();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -108,7 +130,8 @@ private:
     void makeWidgets();
     void layOutWidgets();
     void connectWidgets();
-    void restoreDivision();
+    void addResizeCorners();
+    void restoreLayout();
     bool handleKeyPress(QObject* receiver, QKeyEvent* event);
     bool handleCommandKey(QObject* receiver, const QKeyEvent& event);
     bool passToList(QKeyEvent* event);
@@ -116,6 +139,7 @@ private:
     void searchHasChanged();
     void selectionHasChanged();
     void updatePreview();
+    void updateKindTag(std::optional<SnippetKind> kind);
     void updateCount();
     void sayForAWhile(const QString& status);
     void forgetRemoved();
@@ -124,6 +148,7 @@ private:
     std::shared_ptr<SnippetsDatabase> m_database;
     SnippetsListModel* m_model;
 
+    ImportBar* m_importBar = nullptr;
     MessageBar* m_messageBar = nullptr;
     MessageBar* m_syncBar = nullptr;
     MessageBar* m_undoBar = nullptr;
@@ -132,7 +157,9 @@ private:
     QSplitter* m_splitter = nullptr;
     SnippetsListView* m_list = nullptr;
     QWidget* m_detail = nullptr;
+    QHBoxLayout* m_titleLayout = nullptr;
     ElidedLabel* m_title = nullptr;
+    SnippetKindTag* m_kindTag = nullptr; // of the snippet that is selected
     QLabel* m_dates = nullptr;
     QPlainTextEdit* m_preview = nullptr;
     ElidedLabel* m_status = nullptr;

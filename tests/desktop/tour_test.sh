@@ -25,6 +25,9 @@ printf '%s\n' "$told"
 
 mapfile -t pictures < <(find "$folder" -maxdepth 1 -name '*.png' | sort)
 ((${#pictures[@]})) || fail 'the tour took no picture'
+for step in list search importing stopped added renaming copied removed preferences about help; do
+  grep -q -- "-$step\.png\$" <<<"$told" || fail "the tour does not show '$step'"
+done
 for picture in "${pictures[@]}"; do
   grep -qF -- "$picture" <<<"$told" || fail "the tour did not tell of $picture"
   # The middle, because a title bar or a tray would be there around a blank window too.

@@ -123,8 +123,9 @@ TEST_F(SnippetsProgram, TourTakesItsPicturesAndTellsTheFile) {
 
     EXPECT_EQ(program->exitCode(), 0) << program->readAllStandardError().constData();
     QByteArray expected;
-    for (const char* picture : {"01-list", "02-search", "03-selected", "04-added", "05-renaming", "06-removing",
-                                "07-removed", "08-preferences", "09-sync", "10-database", "11-about", "12-help"}) {
+    for (const char* picture :
+         {"01-list", "02-search", "03-selected", "04-importing", "05-stopped", "06-added", "07-renaming", "08-copied",
+          "09-removing", "10-removed", "11-preferences", "12-sync", "13-database", "14-about", "15-help"}) {
         const QString path = folder.filePath(QStringLiteral("tour/%1.png").arg(QString::fromLatin1(picture)));
         EXPECT_FALSE(QImage(path).isNull()) << picture;
         expected += path.toUtf8() + '\n';

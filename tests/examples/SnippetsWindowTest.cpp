@@ -2,7 +2,9 @@
 #include "../ModalRun.h"
 #include "SnippetsHost.h"
 
+#include <ImportBar.h>
 #include <MessageBar.h>
+#include <SnippetKindTag.h>
 #include <SnippetPasteboard.h>
 #include <SnippetQuestions.h>
 #include <SnippetsListModel.h>
@@ -11,27 +13,38 @@
 
 #include <VXKit/app/LTStatusItemView.h>
 #include <VXKit/controls/LTHUDCheckBox.h>
+#include <VXKit/controls/LTHUDProgressIndicator.h>
+#include <VXKit/controls/LTHUDScrollBar.h>
+#include <VXKit/controls/LTLeftResizeCorner.h>
+#include <VXKit/controls/LTResizeCorner.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
 #include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
+#include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/NSStatusItem.h>
 #include <VXKit/platform/foundation/NSTimer.h>
 #include <VXKit/platform/foundation/NSUserDefaults.h>
 #include <VXKit/support/NSPasteboard+VXKitAdditions.h>
 
+#include <QAccessible>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSplitter>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWindow>
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -91,8 +104,37 @@ protected:
     }
 
     QLineEdit* search() const { return window->findChild<QLineEdit*>(); }
-    SnippetsListView* list() const { return dynamic_cast<SnippetsListView*>(window->findChild<QListView*>()); }
+    SnippetsListView* list() const { return dynamic_cast<SnippetsListView*>(window->findChild<QTableView*>()); }
     MessageBar* undoBar() const { return window->findChild<MessageBar*>(QStringLiteral("undoBar")); }
+    /// The pop-up is the one window that takes no mouse.
+    static bool isCopyPopUpShown() {
+        const std::vector<NSWindow*> windows = NSWindow::windows();
+        return std::any_of(windows.begin(), windows.end(),
+                           [](const NSWindow* each) { return each->ignoresMouseEvents() && each->isVisible(); });
+    }
+    template <class View>
+    View* view() const {
+        for (QWidget* widget : window->findChildren<QWidget*>()) {
+            if (auto* const found = dynamic_cast<View*>(widget)) {
+                return found;
+            }
+        }
+        return nullptr;
+    }
+    /// Drags from the middle of a view with the left button, in steps, as a hand does.
+    void drag(QWidget& from, QPoint way) {
+        const QPoint start = from.mapTo(window.get(), from.rect().center());
+        QWindow* const handle = window->windowHandle();
+        // The window moves under the pointer, which is where it is on the screen.
+        const QPoint begin = handle->mapToGlobal(start);
+        const auto at = [&](QPoint global) { return handle->mapFromGlobal(global); };
+        QTest::mousePress(handle, Qt::LeftButton, {}, at(begin));
+        constexpr int steps = 4;
+        for (int step = 1; step <= steps; ++step) {
+            QTest::mouseMove(handle, at(begin + way * step / steps));
+        }
+        QTest::mouseRelease(handle, Qt::LeftButton, {}, at(begin + way));
+    }
     QPushButton* button(const char* title) const {
         for (QPushButton* candidate : window->findChildren<QPushButton*>()) {
             if (candidate->text() == QString::fromUtf8(title)) {
@@ -408,6 +450,154 @@ TEST_F(SnippetsWindowTest, TellsWhatWasNotImportedAndTheDetails) {
     EXPECT_TRUE(bar->findChild<QPlainTextEdit*>()->isVisible());
 }
 
+TEST_F(SnippetsWindowTest, HomeAndEndGoToTheEndsOfTheList) {
+    list()->setFocus();
+    press(Qt::Key_End);
+    EXPECT_EQ(selectedTitle(), "Oldest");
+    press(Qt::Key_Home);
+    EXPECT_EQ(selectedTitle(), "Newest");
+}
+
+TEST_F(SnippetsWindowTest, TabLeavesTheList) {
+    list()->setFocus();
+    press(Qt::Key_Tab);
+    EXPECT_FALSE(list()->hasFocus());
+    EXPECT_EQ(selectedTitle(), "Newest");
+}
+
+TEST_F(SnippetsWindowTest, AClickSelectsAndADoubleClickCopiesAndHides) {
+    const QPoint oldest = list()->visualRect(window->model().index(2)).center();
+    QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, oldest);
+    EXPECT_EQ(selectedTitle(), "Oldest");
+    QTest::mouseDClick(list()->viewport(), Qt::LeftButton, {}, oldest);
+    EXPECT_EQ(clipboard(), QStringLiteral("oldest text"));
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(SnippetsWindowTest, ItsListFillsItsWidthWithRowsOfTwoLines) {
+    const QRect row = list()->visualRect(window->model().index(0));
+    EXPECT_EQ(row.width(), list()->viewport()->width());
+    EXPECT_GE(row.height(), 2 * list()->fontMetrics().height());
+    EXPECT_EQ(list()->visualRect(window->model().index(1)).top(), row.bottom() + 1);
+}
+
+TEST_F(SnippetsWindowTest, ScreenReadersFindTheTitlesInTheTableAndNoNumbers) {
+    QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(list());
+    ASSERT_TRUE(accessible && accessible->tableInterface());
+    EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Snippets"));
+    EXPECT_EQ(accessible->tableInterface()->rowCount(), 3);
+    EXPECT_EQ(accessible->tableInterface()->cellAt(1, 0)->text(QAccessible::Name), QStringLiteral("Middle"));
+    EXPECT_EQ(window->model().headerData(1, Qt::Vertical), QVariant());
+}
+
+TEST_F(SnippetsWindowTest, AllThatScrollsHasTheKitsScrollBars) {
+    int areas = 0;
+    for (const QAbstractScrollArea* area : window->findChildren<QAbstractScrollArea*>()) {
+        if (qobject_cast<const QHeaderView*>(area)) {
+            continue;
+        }
+        ++areas;
+        for (QScrollBar* bar : {area->verticalScrollBar(), area->horizontalScrollBar()}) {
+            const auto* const scroller = dynamic_cast<LTHUDScrollBar*>(bar);
+            ASSERT_TRUE(scroller) << area->accessibleName().toStdString();
+            EXPECT_EQ(scroller->arrowsPosition(), NSScrollerArrowsNone);
+        }
+    }
+    EXPECT_GE(areas, 2);
+}
+
+TEST_F(SnippetsWindowTest, TellsTheKindOfTheSelectedSnippet) {
+    const auto kind = [this] {
+        QCoreApplication::processEvents();
+        std::vector<std::string> kinds;
+        for (QWidget* widget : window->findChildren<QWidget*>()) {
+            if (dynamic_cast<SnippetKindTag*>(widget)) {
+                EXPECT_TRUE(widget->isVisible());
+                kinds.push_back(widget->accessibleName().toStdString());
+            }
+        }
+        return kinds;
+    };
+    EXPECT_THAT(kind(), testing::ElementsAre("Text"));
+    add(4.0, "Page", "https://example.org");
+    window->selectRow(0);
+    EXPECT_THAT(kind(), testing::ElementsAre("Link"));
+    window->selectRow(-1);
+    EXPECT_THAT(kind(), testing::IsEmpty());
+}
+
+TEST_F(SnippetsWindowTest, CopyingShowsThePopUpOnceTheWindowIsGone) {
+    const AnimationDurationsForTesting none(0);
+    bool wasVisibleAtLeaving = false;
+    QObject::connect(window.get(), &SnippetsWindow::left, window.get(),
+                     [&] { wasVisibleAtLeaving = isCopyPopUpShown(); });
+    press(Qt::Key_Return);
+    EXPECT_EQ(clipboard(), QStringLiteral("newest text"));
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_FALSE(wasVisibleAtLeaving);
+    EXPECT_TRUE(QTest::qWaitFor([] { return isCopyPopUpShown(); }));
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(SnippetsWindowTest, NothingCopiedShowsNoPopUp) {
+    const AnimationDurationsForTesting none(0);
+    window->selectRow(-1);
+    press(Qt::Key_C, Qt::ControlModifier);
+    QTest::qWait(20);
+    EXPECT_FALSE(isCopyPopUpShown());
+}
+
+TEST_F(SnippetsWindowTest, TellsHowFarAnImportIsAndThatItIsOver) {
+    auto* const bar = window->findChild<ImportBar*>();
+    EXPECT_FALSE(bar->isVisible());
+    window->showImportProgress({.isLooking = true, .foundCount = 7});
+    EXPECT_TRUE(bar->isVisible());
+    EXPECT_EQ(bar->text(), QStringLiteral("Looking for files: 7 found"));
+    EXPECT_TRUE(bar->indicator().isIndeterminate());
+    window->showImportProgress({.isLooking = false, .foundCount = 1200, .doneCount = 300});
+    EXPECT_EQ(bar->text(), QStringLiteral("Importing: 300 of 1,200 files"));
+    EXPECT_FALSE(bar->indicator().isIndeterminate());
+    EXPECT_EQ(bar->indicator().doubleValue() / bar->indicator().maxValue(), 0.25);
+    window->showImportResult({.importedCount = 1200, .refusals = {}});
+    EXPECT_FALSE(bar->isVisible());
+    EXPECT_FALSE(bar->indicator().isMoving());
+    EXPECT_FALSE(window->findChild<MessageBar*>(QStringLiteral("messageBar"))->isVisible());
+}
+
+TEST_F(SnippetsWindowTest, TellsHowManyCameInBeforeAnImportWasStopped) {
+    auto* const bar = window->findChild<MessageBar*>(QStringLiteral("messageBar"));
+    window->showImportResult({.importedCount = 12, .refusals = {}, .wasStopped = true});
+    EXPECT_TRUE(bar->isVisible());
+    EXPECT_EQ(bar->text(), QStringLiteral("Stopped: 12 files were imported"));
+    window->showImportResult({.importedCount = 1,
+                              .refusals = {{.name = QStringLiteral("b"), .reason = QStringLiteral("is large")}},
+                              .wasStopped = true});
+    EXPECT_EQ(bar->text(), QStringLiteral("Stopped: 1 file was imported, 1 not"));
+}
+
+TEST_F(SnippetsWindowTest, StopAndEscapeAskForTheEndOfAnImport) {
+    const QSignalSpy asked(window.get(), &SnippetsWindow::asksToStopImport);
+    window->showImportProgress({.isLooking = false, .foundCount = 9, .doneCount = 3});
+    QTest::mouseClick(button("Stop"), Qt::LeftButton);
+    EXPECT_EQ(asked.count(), 1);
+    button("Stop")->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_EQ(asked.count(), 2);
+    EXPECT_TRUE(window->isVisible()) << "Return presses the button, and copies nothing";
+
+    search()->setFocus();
+    type("mid");
+    press(Qt::Key_Escape);
+    EXPECT_EQ(asked.count(), 2) << "first of all it clears the search";
+    press(Qt::Key_Escape);
+    EXPECT_EQ(asked.count(), 3);
+    EXPECT_TRUE(window->isVisible());
+    window->showImportResult({});
+    press(Qt::Key_Escape);
+    EXPECT_EQ(asked.count(), 3);
+    EXPECT_FALSE(window->isVisible());
+}
+
 TEST_F(SnippetsWindowTest, EveryPlaceForTheKeyboardHasAnAccessibleName) {
     for (const QWidget* widget : window->findChildren<QWidget*>()) {
         if (widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus) && widget->focusProxy() == nullptr &&
@@ -436,6 +626,55 @@ TEST_F(SnippetsWindowTest, KeepsItsDivisionForTheNextLaunch) {
     EXPECT_EQ(window->findChild<QSplitter*>()->sizes(), sizes);
 }
 
+TEST_F(SnippetsWindowTest, ItsCornersResizeItWithinItsLimits) {
+    // The first click in a window of an application that is not active does no more than activate it.
+    application.activateIgnoringOtherApps(true);
+    for (const int side : {-1, 1}) {
+        QWidget* const corner = side < 0 ? static_cast<QWidget*>(view<LTLeftResizeCorner>()) : view<LTResizeCorner>();
+        ASSERT_TRUE(corner);
+        const NSSize before = window->frame().size;
+        drag(*corner, {side * 40, 24});
+        EXPECT_EQ(window->frame().size, (NSSize{before.width + 40, before.height + 24})) << side;
+        drag(*corner, {side * 3000, 3000});
+        EXPECT_EQ(window->frame().size, window->maxSize()) << side;
+        drag(*corner, {-side * 3000, -3000});
+        const NSSize small = window->frame().size;
+        EXPECT_GE(small.width, window->minSize().width);
+        EXPECT_GE(small.height, window->minSize().height);
+        EXPECT_EQ(corner->mapTo(window.get(), corner->rect().bottomLeft()).y(), window->height() - 4) << side;
+        window->setFrame({window->frame().origin, before}, true);
+        EXPECT_TRUE(search()->hasFocus()) << side;
+    }
+}
+
+TEST_F(SnippetsWindowTest, KeepsItsSizeForTheNextLaunch) {
+    const NSRect frame = window->frame();
+    window->setFrame({frame.origin, {frame.size.width - 60, frame.size.height - 50}}, true);
+    press(Qt::Key_Escape);
+    window = std::make_unique<SnippetsWindow>(database);
+    EXPECT_EQ(window->frame().size, (NSSize{frame.size.width - 60, frame.size.height - 50}));
+}
+
+TEST_F(SnippetsWindowTest, TakesNoSizeThatIsNoneOrBeyondItsLimits) {
+    NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
+    const NSSize standard = window->frame().size;
+    window.reset();
+    defaults.setObject(std::string("large"), "SnippetsWindowSize");
+    EXPECT_EQ(SnippetsWindow(database).frame().size, standard);
+    NSDictionary size;
+    size.setObject(std::numeric_limits<double>::quiet_NaN(), "width");
+    size.setObject(400.0, "height");
+    defaults.setObject(size, "SnippetsWindowSize");
+    EXPECT_EQ(SnippetsWindow(database).frame().size, standard);
+    size.setObject(1e9, "width");
+    size.setObject(1.0, "height");
+    defaults.setObject(size, "SnippetsWindowSize");
+    const SnippetsWindow limited(database);
+    EXPECT_EQ(limited.frame().size.width,
+              std::min(limited.maxSize().width, NSScreen::mainScreen().visibleFrame().size.width));
+    EXPECT_EQ(limited.frame().size.height, limited.minSize().height);
+}
+
 TEST_F(SnippetsApplicationTest, HasItsViewInItsStatusItem) {
     ASSERT_TRUE(application.statusItem());
     auto* view = dynamic_cast<LTStatusItemView*>(application.statusItem()->view());
@@ -447,6 +686,44 @@ TEST_F(SnippetsApplicationTest, HangsItsWindowUnderItsStatusItem) {
     application.showMainWindow();
     const auto* view = dynamic_cast<LTStatusItemView*>(application.statusItem()->view());
     EXPECT_EQ(NSMaxY(application.window().NSWindow::frame()), NSMinY(view->frameOfStatusItem()));
+}
+
+TEST_F(SnippetsApplicationTest, StaysUnderItsStatusItemWhenItIsResized) {
+    application.showMainWindow();
+    SnippetsWindow& window = application.window();
+    const auto* view = dynamic_cast<LTStatusItemView*>(application.statusItem()->view());
+    const NSRect before = window.NSWindow::frame();
+    window.setFrame({before.origin, {before.size.width - 80, before.size.height + 30}}, true);
+    const NSRect after = window.NSWindow::frame();
+    EXPECT_EQ(after.size, (NSSize{before.size.width - 80, before.size.height + 30}));
+    EXPECT_EQ(NSMaxY(after), NSMinY(view->frameOfStatusItem()));
+    EXPECT_EQ(after, window.frame()) << "it is where the kit has it for its size";
+}
+
+TEST_F(SnippetsApplicationTest, AStoppedImportIsSavedAndTold) {
+    const QTemporaryDir folder;
+    for (int number = 0; number < 5; ++number) {
+        QFile file(folder.filePath(QString::number(number)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("text") == 4);
+    }
+    SnippetsWindow& window = application.window();
+    application.showMainWindow();
+    application.importRun().setPace({.slice = {}, .patience = {}});
+    QObject::connect(&application.importRun(), &SnippetImportRun::progressed, &window,
+                     [&](const SnippetImportProgress& progress) {
+                         if (progress.doneCount == 2) {
+                             Q_EMIT window.findChild<ImportBar*>()->asksToStop();
+                         }
+                     });
+    application.importPaths({folder.path()});
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !application.importRun().isRunning(); }));
+
+    EXPECT_EQ(window.findChild<MessageBar*>(QStringLiteral("messageBar"))->text(),
+              QStringLiteral("Stopped: 2 files were imported"));
+    EXPECT_FALSE(window.findChild<ImportBar*>()->isVisible());
+    const std::optional<NSDictionary> content = NSDictionary::dictionaryWithContentsOfFile(database->path());
+    ASSERT_TRUE(content);
+    EXPECT_EQ(content->objectOfType<NSArray>("contents")->size(), 2U);
 }
 
 TEST_F(SnippetsApplicationTest, TogglesAndClosesItsWindowAsTheKitAsks) {
@@ -481,6 +758,7 @@ TEST_F(SnippetsApplicationTest, ImportedFilesAreSavedAtOnce) {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("text") == 4);
     file.close();
     application.importPaths({file.fileName()});
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !application.importRun().isRunning(); }));
 
     EXPECT_FALSE(LTDatabase::isDirty());
     const std::optional<NSDictionary> content = NSDictionary::dictionaryWithContentsOfFile(database->path());
