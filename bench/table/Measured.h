@@ -69,10 +69,11 @@ double timeOf(const Work& work) {
     for (int round = 0; round < measuredRounds; ++round) {
         QElapsedTimer clock;
         clock.start();
-        for (int time = 0; time < measuredPaints / measuredRounds; ++time) {
+        constexpr int paints = measuredPaints / measuredRounds;
+        for (int time = 0; time < paints; ++time) {
             work();
         }
-        best = std::min(best, milliseconds(clock) / static_cast<double>(measuredPaints / measuredRounds));
+        best = std::min(best, milliseconds(clock) / paints);
     }
     return best;
 }

@@ -17,7 +17,8 @@ constexpr int placeholderMargin = 24; // points
 constexpr int secondColorStep = 6;    // of 255, that it is lighter than the first
 
 NSColor colorOf(const QColor& color) {
-    return NSColor::colorWithCalibratedRed(color.redF(), color.greenF(), color.blueF(), color.alphaF());
+    return NSColor::colorWithCalibratedRed(double(color.redF()), double(color.greenF()), double(color.blueF()),
+                                           double(color.alphaF()));
 }
 
 } // namespace

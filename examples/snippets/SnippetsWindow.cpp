@@ -340,7 +340,7 @@ void SnippetsWindow::restoreLayout() {
         // It may have been kept on a larger screen.
         const NSSize screen = NSScreen::mainScreen().visibleFrame().size;
         setFrame(
-            {NSWindow::frame().origin, {std::min(size->width, screen.width), std::min(size->height, screen.height)}},
+            {LTWindow::frame().origin, {std::min(size->width, screen.width), std::min(size->height, screen.height)}},
             false);
     }
     m_splitter->restoreState(bytesUnder(divisionKey));
@@ -351,7 +351,7 @@ void SnippetsWindow::restoreLayout() {
 
 void SnippetsWindow::saveLayout() const {
     NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
-    const NSSize size = NSWindow::frame().size;
+    const NSSize size = LTWindow::frame().size;
     NSDictionary lengths;
     lengths.setObject(size.width, widthKey);
     lengths.setObject(size.height, heightKey);
@@ -365,7 +365,7 @@ void SnippetsWindow::saveLayout() const {
 void SnippetsWindow::setFrame(const NSRect& frame, bool display) {
     // The left corner knows no largest size.
     const NSRect limited{frame.origin, limitedSize(frame.size, minSize(), maxSize())};
-    if (limited.size == NSWindow::frame().size) {
+    if (limited.size == LTWindow::frame().size) {
         LTWindow::setFrame(limited, display);
         return;
     }
