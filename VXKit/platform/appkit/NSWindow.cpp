@@ -177,7 +177,7 @@ public:
         if (event->type() == QEvent::Expose) {
             m_window.putBypassingWindowsBelow();
         }
-        if (m_window.m_ignoresMouseEvents && isInputOfMouse(event->type())) {
+        if (isInputOfMouse(event->type()) && m_window.m_ignoresMouseEvents) {
             return true; // where the window server hands it over all the same
         }
         if (!isInputOfWindow(event->type()) || becomesDoubleClick(*event)) {
