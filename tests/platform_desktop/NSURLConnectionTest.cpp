@@ -102,7 +102,7 @@ TEST_F(NSURLConnectionTest, FollowsRedirections) {
 
 TEST_F(NSURLConnectionTest, HandlesNoEventMeanwhile) {
     bool isHandled = false;
-    QTimer::singleShot(0, qApp, [&] { isHandled = true; });
+    QTimer::singleShot(0, QCoreApplication::instance(), [&] { isHandled = true; });
     EXPECT_EQ(answerOf(LoopbackAnswer::status(200, "body")), "body");
     EXPECT_FALSE(isHandled);
     QCoreApplication::processEvents();
