@@ -4,6 +4,7 @@
 #include <VXKit/platform/appkit/BlockingAnimation.h>
 #include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/appkit/SnapshotWindow.h>
+#include <VXKit/platform/appkit/WebViewEngine.h>
 #include <VXKit/platform/desktop/MotionPreference.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
 #include <VXKit/platform/desktop/WindowEffects.h>
@@ -49,7 +50,8 @@ constexpr const char* platformVariable = "QT_QPA_PLATFORM";
 class SharedContextPlaceholder {
 public:
     static void put() {
-        if (!QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts) && !QOpenGLContext::globalShareContext()) {
+        if (!QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts) && !QOpenGLContext::globalShareContext() &&
+            VXHasWebEnginePlugin()) {
             QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
             s_context = std::make_unique<QOpenGLContext>();
             qt_gl_set_global_share_context(s_context.get());

@@ -69,13 +69,21 @@ QStringList pluginFolders() {
     return folders;
 }
 
-/// Null where there is none. One that is broken is told of, once.
-WebViewEnginePlugin* loadPlugin() {
+/// The files of plugins, the one to be preferred first.
+QStringList plugins() {
+    QStringList paths;
     for (const QString& folder : pluginFolders()) {
         const QString path = folder + QStringLiteral("/libVXKitWebEngine.so");
-        if (!QFile::exists(path)) {
-            continue;
+        if (QFile::exists(path)) {
+            paths += path;
         }
+    }
+    return paths;
+}
+
+/// Null where there is none. One that is broken is told of, once.
+WebViewEnginePlugin* loadPlugin() {
+    for (const QString& path : plugins()) {
         QPluginLoader loader(path);
         if (auto* plugin = qobject_cast<WebViewEnginePlugin*>(loader.instance())) {
             return plugin;
@@ -95,6 +103,10 @@ WebViewEngine::~WebViewEngine() = default;
 WebViewEnginePlugin::WebViewEnginePlugin() = default;
 
 WebViewEnginePlugin::~WebViewEnginePlugin() = default;
+
+bool VXHasWebEnginePlugin() {
+    return !plugins().isEmpty();
+}
 
 std::unique_ptr<WebViewEngine> VXMakeWebViewEngine(QWidget& parent) {
     static const bool canRun = canRunBrowserEngine();

@@ -90,3 +90,6 @@ Q_DECLARE_INTERFACE(WebViewEnginePlugin, "org.vxkit.WebViewEnginePlugin/1")
 /// sandbox, unless the person has turned that off by QTWEBENGINE_DISABLE_SANDBOX or QTWEBENGINE_CHROMIUM_FLAGS; and in
 /// a program that is neither an NSApplication nor has set Qt::AA_ShareOpenGLContexts.
 [[nodiscard]] VXKIT_EXPORT std::unique_ptr<WebViewEngine> VXMakeWebViewEngine(QWidget& parent);
+
+/// Whether there is such a plugin, be it fit to run or not. Needs no application object.
+[[nodiscard]] bool VXHasWebEnginePlugin();
