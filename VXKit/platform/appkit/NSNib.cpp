@@ -27,6 +27,7 @@
 #include <QMetaMethod>
 #include <QMetaProperty>
 #include <QSet>
+#include <QStringList>
 #include <QUiLoader>
 #include <QVariant>
 
@@ -87,6 +88,19 @@ std::optional<unsigned> maskFromText(const QString& text, std::span<const MaskBi
     }
     return mask;
 }
+
+/// Takes away the folders in which Qt looks for plugins, from its making until it puts them back. A loader of forms
+/// loads all of Designer's plugins in them when it is made, a whole web engine among them, before it can be told not
+/// to.
+class PluginFoldersAway {
+protected:
+    PluginFoldersAway() : m_folders(QCoreApplication::libraryPaths()) { QCoreApplication::setLibraryPaths({}); }
+
+    void putBack() const { QCoreApplication::setLibraryPaths(m_folders); }
+
+private:
+    QStringList m_folders;
+};
 
 /// What Qt has a widget of by itself. Without Designer's plugins, which a program must not run because of a nib.
 const QSet<QString>& widgetsOfQt(const QUiLoader& loader) {
@@ -445,9 +459,12 @@ private:
 };
 
 /// Makes the objects of a form: of the kit's classes by what was registered, and Qt's.
-class NSNib::Loader : public QUiLoader {
+class NSNib::Loader : private PluginFoldersAway, public QUiLoader {
 public:
-    explicit Loader(NSNibConnections::Session& session) : m_session(session) { clearPluginPaths(); }
+    explicit Loader(NSNibConnections::Session& session) : m_session(session) {
+        clearPluginPaths();
+        putBack();
+    }
 
     QWidget* createWidget(const QString& className, QWidget* parent, const QString& name) override {
         QWidget* const superview = contentOf(parent);
