@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
 #include <QTest>
@@ -25,14 +26,14 @@ Dialog* openDialog() {
 
 /// Puts `text` in the place of what stands in the dialog's name field.
 inline void typeName(QFileDialog& dialog, const QString& text) {
+    // What the field suggests would take the Return, and may come at any time after the last letter.
+    for (QLineEdit* field : dialog.findChildren<QLineEdit*>()) {
+        field->setCompleter(nullptr);
+    }
     QTest::keyClick(dialog.windowHandle(), Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(dialog.windowHandle(), Qt::Key_Delete);
     for (const QChar character : text) {
         QTest::keyClick(dialog.windowHandle(), character.toLatin1());
-    }
-    // What it suggests would take the Return.
-    if (QWidget* const suggestions = QApplication::activePopupWidget()) {
-        suggestions->close();
     }
 }
 
