@@ -119,7 +119,7 @@ NSException exceptionOf(const VXCrashRecord& record) {
     if (!record.exceptionType().isEmpty()) {
         return {record.exceptionType().toUtf8().constData(), record.exceptionReason(), std::move(userInfo)};
     }
-    const QString meaning = QString::fromLocal8Bit(::strsignal(record.signalNumber()));
+    const QString meaning = QString::fromLatin1(::sigdescr_np(record.signalNumber()));
     const QString reason =
         record.faultAddress() == 0 ? meaning : NSStringWithFormat("%@ at 0x%llx", meaning, record.faultAddress());
     return {record.signalName().toUtf8().constData(), reason, std::move(userInfo)};
