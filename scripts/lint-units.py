@@ -43,6 +43,15 @@ def with_all_included(file: pathlib.Path, folders: list[pathlib.Path]) -> list[p
 
 
 @functools.cache
+def sources_of(unit: pathlib.Path) -> list[pathlib.Path]:
+    """What a unit compiles: the sources that CMake has put together in it, or itself."""
+    if not unit.is_relative_to(ROOT / "build"):
+        return [unit]
+    listed = [pathlib.Path(name.decode()) for name in INCLUDE.findall(contents(unit))] if unit.is_file() else []
+    return [source for source in listed if source.suffix == ".cpp" and source.is_absolute()] or [unit]
+
+
+@functools.cache
 def version_of(*command: str) -> str:
     output = subprocess.run(command, check=True, capture_output=True, text=True).stdout
     return " ".join(output.split("\n")[:2])
@@ -52,7 +61,8 @@ class Check:
     """Which files are checked, and by what command."""
 
     def __init__(self, build: pathlib.Path):
-        # Of a file that several targets compile the first is enough, and clang-tidy would go through all of them.
+        # Of a file that several targets compile the first is enough, and clang-tidy would go through all of them. A file
+        # may be a list of others that are compiled with it as one.
         self.build = build / "one-command-a-file"
         self.compile_commands = {}
         for configuration in (build, build / "fuzz"):
@@ -76,19 +86,37 @@ class Check:
 
 
 class Tidy(Check):
-    """clang-tidy on every source; headers are checked with the sources that include them."""
+    """clang-tidy on every source, as many at once as the build compiles as one; headers with what includes them."""
 
     def files(self, tracked):
-        return [file for file in tracked if file.suffix == ".cpp"]
+        tracked_sources = {file for file in tracked if file.suffix == ".cpp"}
+        found = {}  # the unit that each source is in
+        for unit in self.compile_commands:
+            for source in tracked_sources.intersection(sources_of(unit)):
+                found.setdefault(source, unit)
+        return sorted({*found.values(), *(tracked_sources - found.keys())})
+
+    def configuration(self, file):
+        folder = next(folder for folder in sources_of(file)[0].parents if (folder / ".clang-tidy").is_file())
+        return folder / ".clang-tidy"
 
     def version(self, file):
-        folder = next(folder for folder in file.parents if (folder / ".clang-tidy").is_file())
-        return version_of("clang-tidy", "--version") + contents(folder / ".clang-tidy").decode()
+        return version_of("clang-tidy", "--version") + contents(self.configuration(file)).decode()
 
     def command(self, file):
         if file not in self.compile_commands:
             return ["sh", "-c", f"echo '{file.relative_to(ROOT)}: in no list of sources that CMake knows'; exit 1"]
-        return ["clang-tidy", "--quiet", "-p", str(self.build), str(file)]
+        # What the project wrote, and not what is made from it.
+        ours = rf"^{re.escape(str(ROOT))}/(VXKit|designer|examples|tests|bench)/.*\.(h|cpp)$"
+        return [
+            "clang-tidy",
+            "--quiet",
+            f"--config-file={self.configuration(file)}",
+            f"--header-filter={ours}",
+            "-p",
+            str(self.build),
+            str(file),
+        ]
 
 
 class Headers(Check):

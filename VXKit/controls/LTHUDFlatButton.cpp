@@ -14,19 +14,19 @@ namespace {
 
 // Lengths in points.
 constexpr double edgeInset = 0.5;
-constexpr double cornerRadius = 4;
+constexpr double flatCornerRadius = 4;
 constexpr double fillWhite = 0.11;
 constexpr double pressedAlpha = 0.55;
 constexpr double edgeWhite = 0.28;
 constexpr double edgeWidth = 0.5;
-constexpr double titleSize = 11;
+constexpr double flatTitleSize = 11;
 
-constexpr double titleMargins = 20; // both sides together
+constexpr double flatTitleMargins = 20; // both sides together
 constexpr double titleMarginsAcross = 6;
 constexpr double leastHeight = 20;
 
-NSTextAttributes titleAttributes() {
-    return {.font = NSFont::systemFontOfSize(titleSize),
+NSTextAttributes flatTitleAttributes() {
+    return {.font = NSFont::systemFontOfSize(flatTitleSize),
             .foregroundColor = NSColor::whiteColor(),
             .alignment = NSCenterTextAlignment};
 }
@@ -42,7 +42,7 @@ LTHUDFlatButton::~LTHUDFlatButton() = default;
 void LTHUDFlatButton::drawRect(const NSRect& /*dirtyRect*/) {
     drawBody();
     drawTitle();
-    drawHUDFocusRing(*this, bounds(), cornerRadius + edgeInset);
+    drawHUDFocusRing(*this, bounds(), flatCornerRadius + edgeInset);
 }
 
 void LTHUDFlatButton::drawBody() {
@@ -50,7 +50,7 @@ void LTHUDFlatButton::drawBody() {
     if (NSIsEmptyRect(rect)) {
         return;
     }
-    NSBezierPath path = NSBezierPath::bezierPathWithRoundedRect(rect, cornerRadius, cornerRadius);
+    NSBezierPath path = NSBezierPath::bezierPathWithRoundedRect(rect, flatCornerRadius, flatCornerRadius);
     NSColor::colorWithCalibratedWhite(fillWhite, cell().isHighlighted() ? pressedAlpha : 1).setFill();
     path.fill();
     NSColor::colorWithCalibratedWhite(edgeWhite, 1).setStroke();
@@ -59,14 +59,14 @@ void LTHUDFlatButton::drawBody() {
 }
 
 void LTHUDFlatButton::drawTitle() {
-    const NSAttributedString title = cell().attributedDisplayTitle(titleAttributes());
+    const NSAttributedString title = cell().attributedDisplayTitle(flatTitleAttributes());
     const double height = title.size().height;
     const NSRect box = bounds();
     title.drawInRect(NSMakeRect(0, NSHeight(box) / 2 - height / 2, NSWidth(box), height));
 }
 
 QSize LTHUDFlatButton::sizeHint() const {
-    const NSSize title = cell().attributedDisplayTitle(titleAttributes()).size();
-    return {static_cast<int>(std::ceil(title.width + titleMargins)),
+    const NSSize title = cell().attributedDisplayTitle(flatTitleAttributes()).size();
+    return {static_cast<int>(std::ceil(title.width + flatTitleMargins)),
             static_cast<int>(std::ceil(std::max(title.height + titleMarginsAcross, leastHeight)))};
 }

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr double ringRadius = 4; // points
+constexpr double radioRingRadius = 4; // points
 
 } // namespace
 
@@ -31,5 +31,5 @@ NSCellClass LTHUDRadioButton::cellClass() const {
 
 void LTHUDRadioButton::drawRect(const NSRect& dirtyRect) {
     NSButton::drawRect(dirtyRect);
-    drawHUDFocusRing(*this, bounds(), ringRadius);
+    drawHUDFocusRing(*this, bounds(), radioRingRadius);
 }

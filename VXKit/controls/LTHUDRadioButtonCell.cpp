@@ -13,15 +13,15 @@
 namespace {
 
 // Lengths in points.
-constexpr NSPoint imageOrigin{3, 2};
+constexpr NSPoint radioImageOrigin{3, 2};
 constexpr double titleIndent = 22;
-constexpr double titleSize = 13;
-constexpr double imageHeight = 14;
-constexpr double rightMargin = 4; // what the ring around the control takes
+constexpr double radioTitleSize = 13;
+constexpr double radioImageHeight = 14;
+constexpr double radioRightMargin = 4; // what the ring around the control takes
 constexpr double bottomMargin = 2;
 
-NSTextAttributes titleAttributes() {
-    return {.font = NSFont::boldSystemFontOfSize(titleSize), .foregroundColor = NSColor::whiteColor()};
+NSTextAttributes radioTitleAttributes() {
+    return {.font = NSFont::boldSystemFontOfSize(radioTitleSize), .foregroundColor = NSColor::whiteColor()};
 }
 
 } // namespace
@@ -31,9 +31,9 @@ LTHUDRadioButtonCell::LTHUDRadioButtonCell() = default;
 LTHUDRadioButtonCell::~LTHUDRadioButtonCell() = default;
 
 NSSize LTHUDRadioButtonCell::cellSize() const {
-    const NSSize title = attributedDisplayTitle(titleAttributes()).size();
-    return {titleIndent + title.width + rightMargin,
-            std::max(imageOrigin.y + imageHeight, title.height) + bottomMargin};
+    const NSSize title = attributedDisplayTitle(radioTitleAttributes()).size();
+    return {titleIndent + title.width + radioRightMargin,
+            std::max(radioImageOrigin.y + radioImageHeight, title.height) + bottomMargin};
 }
 
 void LTHUDRadioButtonCell::drawWithFrame(const NSRect& cellFrame, ViewCore& controlView) {
@@ -41,6 +41,6 @@ void LTHUDRadioButtonCell::drawWithFrame(const NSRect& cellFrame, ViewCore& cont
                              .arg(state() == NSOnState ? QStringLiteral("Selected") : QString(),
                                   isHighlighted() ? QStringLiteral("Pressed") : QStringLiteral("Normal"));
     const NSPoint corner = cellFrame.origin;
-    drawHUDImage(name, NSMakePoint(corner.x + imageOrigin.x, corner.y + imageOrigin.y), controlView);
-    attributedDisplayTitle(titleAttributes()).drawAtPoint({corner.x + titleIndent, corner.y});
+    drawHUDImage(name, NSMakePoint(corner.x + radioImageOrigin.x, corner.y + radioImageOrigin.y), controlView);
+    attributedDisplayTitle(radioTitleAttributes()).drawAtPoint({corner.x + titleIndent, corner.y});
 }

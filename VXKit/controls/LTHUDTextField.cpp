@@ -6,8 +6,6 @@ namespace {
 constexpr std::uint16_t vKey = 9;
 
 // Points.
-constexpr double shadowBlurRadius = 2;
-constexpr NSPoint boundsShift{0, 4};
 // Around the text, besides the 2 points at its sides and the 1 above that a line edit of Qt's has by itself: it begins
 // 10 from the left and 4 from the top.
 constexpr int sideMargin = 8;
@@ -15,7 +13,8 @@ constexpr int topMargin = 3;
 
 } // namespace
 
-LTHUDTextField::LTHUDTextField(QWidget* parent) : LTHUDLineEdit({shadowBlurRadius, boundsShift}, parent) {
+LTHUDTextField::LTHUDTextField(QWidget* parent)
+    : LTHUDLineEdit({.shadowBlurRadius = 2, .boundsShift = {0, 4}}, parent) {
     setAlignment(Qt::AlignLeading | Qt::AlignTop);
     setTextMargins(sideMargin, topMargin, sideMargin, 0);
 }

@@ -14,7 +14,7 @@ namespace {
 // Points.
 constexpr double measuredFontSize = 12;
 constexpr double drawnFontSize = 10;
-constexpr double leastWidth = 20;
+constexpr double tagLeastWidth = 20;
 constexpr double widthAround = 5;
 constexpr double heightAround = 3;
 constexpr double dictionaryLeastWidth = 185;
@@ -37,7 +37,7 @@ LTNameTag::LTNameTag(QWidget* parent) : NSView(parent) {}
 
 LTNameTag::LTNameTag(QString itsName) : name(std::move(itsName)) {
     const NSSize size = measuredSize(name);
-    setFrame(NSMakeRect(0, 0, std::max(leastWidth, size.width + widthAround), size.height + heightAround));
+    setFrame(NSMakeRect(0, 0, std::max(tagLeastWidth, size.width + widthAround), size.height + heightAround));
     setAccessibleName(name);
 }
 

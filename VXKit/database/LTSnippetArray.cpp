@@ -14,7 +14,7 @@
 
 namespace {
 
-void checkSnippet(const LTSnippetArray::Snippet& snippet) {
+void checkRecord(const LTSnippetArray::Snippet& snippet) {
     if (!snippet) {
         throw NSException(NSInvalidArgumentException, QStringLiteral("A list of records cannot hold nil"));
     }
@@ -64,14 +64,14 @@ bool LTSnippetArray::containsSnippetID(NSDate snippetID) const {
 }
 
 void LTSnippetArray::addObject(Snippet snippet) {
-    checkSnippet(snippet);
+    checkRecord(snippet);
     m_snippets.push_back(std::move(snippet));
     m_index->add(*m_snippets.back());
 }
 
 void LTSnippetArray::insertObject(Snippet snippet, std::size_t index) {
     settle();
-    checkSnippet(snippet);
+    checkRecord(snippet);
     checkIndex(index, count() + 1);
     const auto place = m_snippets.begin() + static_cast<std::ptrdiff_t>(index);
     m_index->add(**m_snippets.insert(place, std::move(snippet)));
@@ -79,7 +79,7 @@ void LTSnippetArray::insertObject(Snippet snippet, std::size_t index) {
 
 void LTSnippetArray::replaceObjectAtIndex(std::size_t index, Snippet snippet) {
     settle();
-    checkSnippet(snippet);
+    checkRecord(snippet);
     checkIndex(index, count());
     const Snippet old = std::exchange(m_snippets[index], std::move(snippet));
     m_index->remove(*old);

@@ -294,13 +294,13 @@ void writeRecord(const Configuration& settings, const siginfo_t& information, co
 
     // Before the record is opened: where descriptors have run out there is but one.
     const std::size_t mapsLength = readMaps();
-    constexpr std::uint64_t nanosecondsPerSecond = 1000000000;
+    constexpr std::uint64_t nanosecondsOfASecond = 1000000000;
     static constinit Path path; // too large for a small alternate stack
     path.append(std::string_view(settings.folder.bytes.data(), settings.folder.length));
     path.append("/crash-");
     path.append(static_cast<std::uint64_t>(head.process));
     path.append("-");
-    path.append(static_cast<std::uint64_t>(now.tv_sec) * nanosecondsPerSecond +
+    path.append(static_cast<std::uint64_t>(now.tv_sec) * nanosecondsOfASecond +
                 static_cast<std::uint64_t>(now.tv_nsec));
     path.append(VXCrashFileSuffix);
     const int file = openFile(path.text(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);

@@ -29,7 +29,7 @@ constexpr std::size_t instructionPointer = 32;
 constexpr std::size_t registerCount = 0;
 #endif
 
-using Registers = std::array<Dwarf_Word, std::max<std::size_t>(registerCount, 1)>;
+using RegisterValues = std::array<Dwarf_Word, std::max<std::size_t>(registerCount, 1)>;
 
 class Unwinding {
 public:
@@ -134,7 +134,7 @@ private:
 
     const VXCrashStack& m_stack;
     const VXModuleSession& m_session;
-    Registers m_registers = {};
+    RegisterValues m_registers = {};
     bool m_isAtFirst = true; // which is in the list already
     std::vector<VXStackAddress> m_frames;
 };

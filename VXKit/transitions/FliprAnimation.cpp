@@ -4,7 +4,6 @@
 namespace {
 
 constexpr double placeholderDuration = 100000000; // seconds
-constexpr float halfWay = 0.5F;
 constexpr float endOfDrawing = 0.99F;
 
 } // namespace

@@ -16,6 +16,9 @@ public:
 /// are not drawn, because the window itself takes their place.
 class VXKIT_EXPORT FliprAnimation : public NSAnimation {
 public:
+    /// The progress after which the back side is in view.
+    static constexpr float halfWay = 0.5F;
+
     /// One with `curve`; its duration is given when it starts. AppKit: `-initWithAnimationCurve:`.
     explicit FliprAnimation(NSAnimationCurve curve);
 

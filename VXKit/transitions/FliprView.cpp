@@ -22,7 +22,6 @@ namespace {
 
 constexpr float halfTurn = 3.1415927F; // radians
 constexpr float eyeDistance = 1600;    // points
-constexpr float halfWay = 0.5F;
 
 constexpr double leastDuration = 0.75; // seconds
 constexpr float leastFrames = 5;
@@ -92,7 +91,7 @@ FliprCorners FliprCorners::atValue(float value, float direction, const NSSize& s
     float rightHeight = 0;
     float leftX = 0;
     float leftHeight = 0;
-    if (value <= halfWay) {
+    if (value <= FliprAnimation::halfWay) {
         rightX = c * eyeDistance / (eyeDistance + s) + hw;
         rightHeight = hh * eyeDistance / (eyeDistance + s);
         leftX = -c * eyeDistance / (eyeDistance - s) + hw;
@@ -280,7 +279,7 @@ void FliprView::drawCard() {
         return;
     }
     const float value = m_animation->currentValue();
-    if (value > halfWay && m_finalImage) {
+    if (value > FliprAnimation::halfWay && m_finalImage) {
         m_transitionFilter.setInputImage(std::exchange(m_finalImage, nullptr));
     }
     const FliprCorners corners = FliprCorners::atValue(value, m_direction, m_originalRect.size);

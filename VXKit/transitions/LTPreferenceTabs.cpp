@@ -29,7 +29,7 @@ void checkIndex(int index, std::size_t count) {
     }
 }
 
-QAccessibleInterface* describe(const QString& className, QObject* object) {
+QAccessibleInterface* describeTabs(const QString& className, QObject* object) {
     if (className != QLatin1String(LTPreferenceTabs::staticMetaObject.className())) {
         return nullptr;
     }
@@ -40,7 +40,7 @@ QAccessibleInterface* describe(const QString& className, QObject* object) {
 } // namespace
 
 LTPreferenceTabs::LTPreferenceTabs(const NSRect& frame, QWidget* parent) : NSView(parent) {
-    QAccessible::installFactory(describe); // which Qt does once
+    QAccessible::installFactory(describeTabs); // which Qt does once
     NSView::setFrame(frame);
 }
 

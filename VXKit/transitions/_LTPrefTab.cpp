@@ -62,7 +62,7 @@ private:
     [[nodiscard]] _LTPrefTab& tab() const { return *static_cast<_LTPrefTab*>(widget()); }
 };
 
-QAccessibleInterface* describe(const QString& className, QObject* object) {
+QAccessibleInterface* describeTab(const QString& className, QObject* object) {
     if (className != QLatin1String(_LTPrefTab::staticMetaObject.className())) {
         return nullptr;
     }
@@ -73,7 +73,7 @@ QAccessibleInterface* describe(const QString& className, QObject* object) {
 } // namespace
 
 _LTPrefTab::_LTPrefTab(QWidget* parent) : NSButton(parent) {
-    QAccessible::installFactory(describe); // which Qt does once
+    QAccessible::installFactory(describeTab); // which Qt does once
 }
 
 _LTPrefTab::~_LTPrefTab() = default;

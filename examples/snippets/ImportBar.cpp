@@ -2,6 +2,7 @@
 #include "ImportBar.h"
 
 #include "Appearance.h"
+#include "BarLayout.h"
 #include "ElidedLabel.h"
 #include "SnippetImporter.h"
 
@@ -13,11 +14,7 @@
 
 namespace {
 
-// Points.
-constexpr int sideMargin = 12;
-constexpr int verticalMargin = 6;
-constexpr int spacing = 8;
-constexpr int indicatorLength = 20;
+constexpr int indicatorLength = 20; // points
 
 } // namespace
 
@@ -37,8 +34,9 @@ ImportBar::ImportBar(QWidget* parent)
     usePushButtonSize(*m_stop);
 
     auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(sideMargin, verticalMargin, sideMargin, verticalMargin);
-    layout->setSpacing(spacing);
+    layout->setContentsMargins(BarLayout::sideMargin, BarLayout::verticalMargin, BarLayout::sideMargin,
+                               BarLayout::verticalMargin);
+    layout->setSpacing(BarLayout::spacing);
     layout->addWidget(m_indicator);
     layout->addWidget(m_text, 1);
     layout->addWidget(m_stop);

@@ -2,6 +2,7 @@
 #include "MessageBar.h"
 
 #include "Appearance.h"
+#include "BarLayout.h"
 #include "ElidedLabel.h"
 
 #include <QBoxLayout>
@@ -13,11 +14,6 @@
 #include <algorithm>
 
 namespace {
-
-// Points.
-constexpr int sideMargin = 12;
-constexpr int verticalMargin = 6;
-constexpr int spacing = 8;
 
 constexpr int mostDetailLines = 8; // more are scrolled
 
@@ -50,14 +46,15 @@ MessageBar::MessageBar(QWidget* parent)
     m_details->hide();
 
     auto* line = new QHBoxLayout;
-    line->setSpacing(spacing);
+    line->setSpacing(BarLayout::spacing);
     line->addWidget(m_text, 1);
     line->addWidget(m_action);
     line->addWidget(m_detailsButton);
     line->addWidget(m_close);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(sideMargin, verticalMargin, sideMargin, verticalMargin);
-    layout->setSpacing(verticalMargin);
+    layout->setContentsMargins(BarLayout::sideMargin, BarLayout::verticalMargin, BarLayout::sideMargin,
+                               BarLayout::verticalMargin);
+    layout->setSpacing(BarLayout::verticalMargin);
     layout->addLayout(line);
     layout->addWidget(m_details);
 
@@ -74,7 +71,7 @@ void MessageBar::showMessage(const QString& text, const QStringList& details) {
     m_text->setText(text);
     m_details->setPlainText(details.join(QLatin1Char('\n')));
     const int lines = static_cast<int>(std::min<qsizetype>(details.size(), mostDetailLines)) + 1;
-    m_details->setFixedHeight(lines * m_details->fontMetrics().lineSpacing() + 2 * verticalMargin);
+    m_details->setFixedHeight(lines * m_details->fontMetrics().lineSpacing() + 2 * BarLayout::verticalMargin);
     m_detailsButton->setVisible(!details.isEmpty());
     m_detailsButton->setChecked(false);
     setVisible(true);

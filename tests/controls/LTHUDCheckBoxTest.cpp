@@ -16,8 +16,8 @@ namespace {
 using LTHUDCheckBoxTest = HUDButtonHost;
 using LTHUDCheckBoxCellTest = HUDButtonHost;
 
-constexpr std::array looks{Look{false, false, "HUDCheckboxNormal"}, Look{false, true, "HUDCheckboxNormalChecked"},
-                           Look{true, false, "HUDCheckboxPressed"}, Look{true, true, "HUDCheckboxPressedChecked"}};
+constexpr std::array boxLooks{Look{false, false, "HUDCheckboxNormal"}, Look{false, true, "HUDCheckboxNormalChecked"},
+                              Look{true, false, "HUDCheckboxPressed"}, Look{true, true, "HUDCheckboxPressedChecked"}};
 
 NSTextAttributes whiteBold(double size) {
     return {.font = NSFont::boldSystemFontOfSize(size), .foregroundColor = NSColor::whiteColor()};
@@ -47,7 +47,7 @@ QImage pictureOf(const char* name, double x, double y, double ratio) {
 
 TEST_F(LTHUDCheckBoxTest, ShowsTheImageOfItsStateAtItsBottomLeft) {
     LTHUDCheckBox checkBox(NSMakeRect(0, 0, 100, 30));
-    for (const Look& look : looks) {
+    for (const Look& look : boxLooks) {
         checkBox.setState(look.isOn ? NSOnState : NSOffState);
         checkBox.setDown(look.isPressed);
         for (const double ratio : {1.0, 2.0}) {
@@ -59,7 +59,7 @@ TEST_F(LTHUDCheckBoxTest, ShowsTheImageOfItsStateAtItsBottomLeft) {
 }
 
 TEST_F(LTHUDCheckBoxTest, HasFourImagesThatDiffer) {
-    expectImagesToDiffer(looks);
+    expectImagesToDiffer(boxLooks);
 }
 
 TEST_F(LTHUDCheckBoxTest, LooksTheSameWhenDisabled) {
@@ -168,7 +168,7 @@ TEST_F(LTHUDCheckBoxTest, ShowsARingInsideItsFrameWhileItHasTheKeyboard) {
 
 TEST_F(LTHUDCheckBoxCellTest, ShowsTheImageOfItsState) {
     FlippedView view;
-    for (const Look& look : looks) {
+    for (const Look& look : boxLooks) {
         LTHUDCheckBoxCell cell;
         cell.setIntValue(look.isOn ? 1 : 0);
         cell.setHighlighted(look.isPressed);
@@ -205,7 +205,7 @@ TEST_F(LTHUDCheckBoxCellTest, ShowsWhatIsInstalledAlreadyAsABadge) {
 }
 
 TEST_F(LTHUDCheckBoxCellTest, HasABadgeUnlikeAnyCheckBox) {
-    for (const Look& look : looks) {
+    for (const Look& look : boxLooks) {
         EXPECT_GE(
             difference(kitPixels(QStringLiteral("AlreadyInstalled"), 1), kitPixels(QString::fromLatin1(look.name), 1)),
             60);

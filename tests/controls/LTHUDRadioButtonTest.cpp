@@ -14,8 +14,8 @@ namespace {
 using LTHUDRadioButtonTest = HUDButtonHost;
 using LTHUDRadioButtonCellTest = HUDButtonHost;
 
-constexpr std::array looks{Look{false, false, "HUDRadioNormal"}, Look{false, true, "HUDRadioSelectedNormal"},
-                           Look{true, false, "HUDRadioPressed"}, Look{true, true, "HUDRadioSelectedPressed"}};
+constexpr std::array radioLooks{Look{false, false, "HUDRadioNormal"}, Look{false, true, "HUDRadioSelectedNormal"},
+                                Look{true, false, "HUDRadioPressed"}, Look{true, true, "HUDRadioSelectedPressed"}};
 
 NSTextAttributes titleAttributes() {
     return {.font = NSFont::boldSystemFontOfSize(13), .foregroundColor = NSColor::whiteColor()};
@@ -26,7 +26,7 @@ NSTextAttributes titleAttributes() {
 TEST_F(LTHUDRadioButtonTest, ShowsTheImageOfItsStateAtItsTopLeft) {
     LTHUDRadioButton radio(NSMakeRect(0, 0, 100, 30));
     radio.setAutoExclusive(false); // so that it can be turned off
-    for (const Look& look : looks) {
+    for (const Look& look : radioLooks) {
         radio.setState(look.isOn ? NSOnState : NSOffState);
         radio.setDown(look.isPressed);
         for (const double ratio : {1.0, 2.0}) {
@@ -37,7 +37,7 @@ TEST_F(LTHUDRadioButtonTest, ShowsTheImageOfItsStateAtItsTopLeft) {
 }
 
 TEST_F(LTHUDRadioButtonTest, HasFourImagesThatDiffer) {
-    expectImagesToDiffer(looks);
+    expectImagesToDiffer(radioLooks);
 }
 
 TEST_F(LTHUDRadioButtonTest, DrawsItsTitleBesideTheCircle) {

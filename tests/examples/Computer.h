@@ -63,7 +63,7 @@ public:
             ++ends;
         });
         run.start();
-        EXPECT_TRUE(QTest::qWaitFor([&] { return outcome.has_value(); }, longestSync));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return outcome.has_value(); }, DavServer::longestSync));
         EXPECT_EQ(ends, 1);
         apply(*outcome);
         return *outcome;
@@ -88,8 +88,6 @@ public:
     const DavServer* server = nullptr; // whose files to make look old before a sync
 
 private:
-    static constexpr int longestSync = 60'000; // milliseconds
-
     void apply(const SyncOutcome& outcome) {
         state = outcome.state;
         removed -= outcome.settledRemovals;

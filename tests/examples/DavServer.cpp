@@ -20,7 +20,7 @@
 
 namespace {
 
-constexpr int waitingTime = 20'000;       // milliseconds
+constexpr int serverWaitingTime = 20'000; // milliseconds
 constexpr uid_t ordinaryUser = 65534;     // nobody, where the test itself is run by root
 constexpr int pauseBetweenQuestions = 20; // milliseconds
 
@@ -88,7 +88,7 @@ bool DavServer::writeConfiguration() const {
 bool DavServer::answers() const {
     QTcpSocket socket;
     socket.connectToHost(QHostAddress::LocalHost, m_port);
-    return socket.waitForConnected(waitingTime);
+    return socket.waitForConnected(serverWaitingTime);
 }
 
 bool DavServer::start() {
@@ -110,7 +110,7 @@ bool DavServer::start() {
     QElapsedTimer clock;
     clock.start();
     while (!answers()) {
-        if (clock.hasExpired(waitingTime) || m_process.waitForFinished(0)) {
+        if (clock.hasExpired(serverWaitingTime) || m_process.waitForFinished(0)) {
             QFile log(m_folder.filePath(QStringLiteral("run/error.log")));
             if (log.open(QIODevice::ReadOnly)) {
                 QTextStream(stderr) << log.readAll();
@@ -139,7 +139,7 @@ void DavServer::ageFiles() const {
 void DavServer::kill() {
     if (m_process.state() != QProcess::NotRunning) {
         ::kill(-static_cast<pid_t>(m_process.processId()), SIGKILL);
-        m_process.waitForFinished(waitingTime);
+        m_process.waitForFinished(serverWaitingTime);
         QFile::remove(m_folder.filePath(QStringLiteral("run/pid")));
     }
 }

@@ -10,6 +10,9 @@
 /// gone with it.
 class DavServer {
 public:
+    /// How long a sync with it may take before a test gives up, in milliseconds.
+    static constexpr int longestSync = 60'000;
+
     /// With a `name` the server wants it and the password of every request.
     explicit DavServer(QString name = {}, QString password = {});
     ~DavServer();

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int waitingTime = 30000; // milliseconds
+constexpr int hostWaitingTime = 30000; // milliseconds
 
 class SnippetsProgram : public testing::Test {
 protected:
@@ -38,7 +38,7 @@ protected:
         process->setProcessEnvironment(environment);
         process->setWorkingDirectory(folder.path());
         process->start(QStringLiteral(SNIPPETS_PROGRAM), arguments);
-        EXPECT_TRUE(process->waitForStarted(waitingTime));
+        EXPECT_TRUE(process->waitForStarted(hostWaitingTime));
         return process;
     }
 
@@ -59,11 +59,11 @@ protected:
     }
 
     bool waitForSavedTitles() const {
-        return QTest::qWaitFor([&] { return !savedTitles().empty(); }, waitingTime);
+        return QTest::qWaitFor([&] { return !savedTitles().empty(); }, hostWaitingTime);
     }
 
     static bool endsNormally(QProcess& process) {
-        return process.waitForFinished(waitingTime) && process.exitStatus() == QProcess::NormalExit;
+        return process.waitForFinished(hostWaitingTime) && process.exitStatus() == QProcess::NormalExit;
     }
 
     int argc = 1;
@@ -94,7 +94,7 @@ TEST_F(SnippetsProgram, ShowsTheSnippetsOfTheLaunchBefore) {
     for (const char* file : {"one.txt", "two.txt"}) {
         const std::size_t before = savedTitles().size();
         const std::unique_ptr<QProcess> program = start({write(file, "text")});
-        ASSERT_TRUE(QTest::qWaitFor([&] { return savedTitles().size() > before; }, waitingTime));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return savedTitles().size() > before; }, hostWaitingTime));
         ::kill(static_cast<pid_t>(program->processId()), SIGTERM);
         ASSERT_TRUE(endsNormally(*program));
     }

@@ -40,8 +40,6 @@ using testing::UnorderedElementsAre;
 
 namespace {
 
-constexpr int waitingTime = 60'000; // milliseconds
-
 const QString userName = QStringLiteral("ada");
 const QString password = QStringLiteral("se-cret&Pass");
 
@@ -67,7 +65,7 @@ protected:
     void switchOn() { switchOn(proxy->addressFor(server.address())); }
 
     bool waitForReport(std::size_t count) {
-        return QTest::qWaitFor([&] { return reports.size() >= count; }, waitingTime);
+        return QTest::qWaitFor([&] { return reports.size() >= count; }, DavServer::longestSync);
     }
 
     /// One sync from its beginning to its end.
@@ -567,7 +565,7 @@ TEST_F(SyncingWithPassword, AsksForItNoMoreWhereASecretServiceKeepsIt) {
                                       QStringLiteral("/org/freedesktop/secrets/aliases/default"),
                                       QStringLiteral("org.freedesktop.DBus.Peer.Ping")}) == 0;
         },
-        waitingTime));
+        DavServer::longestSync));
 
     manager().configure(SyncSettings::load(), password);
     ASSERT_TRUE(waitForReport(1));

@@ -18,8 +18,6 @@
 
 namespace {
 
-constexpr int waitingTime = 60'000; // milliseconds
-
 /// One process with a home folder of its own, and what it has told.
 class HostProcess {
 public:
@@ -42,13 +40,13 @@ public:
         isReady = false;
         received.clear();
         process.start(QStringLiteral(SYNCING_HOST), {});
-        return QTest::qWaitFor([this] { return isReady; }, waitingTime);
+        return QTest::qWaitFor([this] { return isReady; }, DavServer::longestSync);
     }
 
     /// What was written since it last saved may be gone, as with any program that is killed.
     void kill() {
         process.kill();
-        process.waitForFinished(waitingTime);
+        process.waitForFinished(DavServer::longestSync);
         read();
         unsaved.clear();
     }
@@ -59,7 +57,7 @@ public:
     std::string sync() {
         const std::size_t before = ends.size();
         order(QStringLiteral("sync"));
-        EXPECT_TRUE(QTest::qWaitFor([&] { return ends.size() > before; }, waitingTime));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return ends.size() > before; }, DavServer::longestSync));
         return ends.empty() ? "it never ended" : ends.back();
     }
 
@@ -67,7 +65,7 @@ public:
         told.clear();
         isAll = false;
         order(QStringLiteral("texts"));
-        EXPECT_TRUE(QTest::qWaitFor([&] { return isAll; }, waitingTime));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return isAll; }, DavServer::longestSync));
         return told;
     }
 

@@ -17,7 +17,7 @@ std::string single(std::string_view bytes) {
     return file.bytes(file.add(bytes));
 }
 
-std::string sample() {
+std::string binarySample() {
     BinaryFile file;
     const std::size_t key = file.add("\x53"
                                      "key");
@@ -41,12 +41,12 @@ const NSPropertyList sampleValue = NSDictionary{
 
 TEST(PropertyListBinary, ReadsEveryKindOfValue) {
     NSPropertyListFormat format{};
-    EXPECT_EQ(NSPropertyListSerialization::propertyListWithData(sample(), &format, nullptr), sampleValue);
+    EXPECT_EQ(NSPropertyListSerialization::propertyListWithData(binarySample(), &format, nullptr), sampleValue);
     EXPECT_EQ(format, NSPropertyListFormat::Binary);
 }
 
 TEST(PropertyListBinary, EveryTruncationIsAnErrorThatNamesAByte) {
-    const std::string whole = sample();
+    const std::string whole = binarySample();
     for (std::size_t length = 6; length < whole.size(); ++length) {
         NSError error;
         const std::vector<char> bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
@@ -57,7 +57,7 @@ TEST(PropertyListBinary, EveryTruncationIsAnErrorThatNamesAByte) {
 }
 
 TEST(PropertyListBinary, AnyChangedByteIsAValueOrAnError) {
-    const std::string whole = sample();
+    const std::string whole = binarySample();
     for (std::size_t position = 0; position < whole.size(); ++position) {
         for (int byte = 0; byte < 256; ++byte) {
             std::vector<char> bytes(whole.begin(), whole.end());

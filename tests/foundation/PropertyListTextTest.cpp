@@ -11,11 +11,11 @@ using testing::StartsWith;
 
 namespace {
 
-const std::string sample = "{\n"
-                           "    a = (one, \"t\\U00e9 \\\"w\\\"o\", <0fbd777f 1c>, {});\n"
-                           "    /* c */ \"b c\" = <*I-3>; // d\n"
-                           "    e = <*D2026-11-20 13:00:00 +0100>;\n"
-                           "}";
+const std::string textSample = "{\n"
+                               "    a = (one, \"t\\U00e9 \\\"w\\\"o\", <0fbd777f 1c>, {});\n"
+                               "    /* c */ \"b c\" = <*I-3>; // d\n"
+                               "    e = <*D2026-11-20 13:00:00 +0100>;\n"
+                               "}";
 
 } // namespace
 
@@ -25,14 +25,14 @@ TEST(PropertyListText, ReadsEveryKindOfValue) {
                      {"b c", -3},
                      {"e", dateAt(1795176000)}};
     NSPropertyListFormat format{};
-    EXPECT_EQ(NSPropertyListSerialization::propertyListWithData(sample, &format, nullptr), expected);
+    EXPECT_EQ(NSPropertyListSerialization::propertyListWithData(textSample, &format, nullptr), expected);
     EXPECT_EQ(format, NSPropertyListFormat::OpenStep);
 }
 
 TEST(PropertyListText, EveryTruncationIsAnErrorThatNamesALine) {
-    for (std::size_t length = 0; length < sample.size(); ++length) {
+    for (std::size_t length = 0; length < textSample.size(); ++length) {
         NSError error;
-        const std::vector<char> bytes(sample.begin(), sample.begin() + static_cast<std::ptrdiff_t>(length));
+        const std::vector<char> bytes(textSample.begin(), textSample.begin() + static_cast<std::ptrdiff_t>(length));
         EXPECT_FALSE(NSPropertyListSerialization::propertyListWithData({bytes.data(), length}, nullptr, &error))
             << length;
         EXPECT_THAT(error.localizedDescription.toStdString(), StartsWith("line ")) << length;
@@ -40,9 +40,9 @@ TEST(PropertyListText, EveryTruncationIsAnErrorThatNamesALine) {
 }
 
 TEST(PropertyListText, AnyChangedByteIsAValueOrAnError) {
-    for (std::size_t position = 0; position < sample.size(); ++position) {
+    for (std::size_t position = 0; position < textSample.size(); ++position) {
         for (const char byte : {'\0', '<', '"', '\\', '\xFF', '*', '/', ')', '}'}) {
-            std::string bytes = sample;
+            std::string bytes = textSample;
             bytes[position] = byte;
             NSError error;
             if (!NSPropertyListSerialization::propertyListWithData(bytes, nullptr, &error)) {

@@ -12,15 +12,15 @@ using testing::StartsWith;
 
 namespace {
 
-const std::string sample = xmlHead +
-                           "<dict>\n"
-                           "\t<key>a</key>\n\t<integer>-1</integer>\n"
-                           "\t<key>b</key>\n\t<array><true/><real>1.5</real></array>\n"
-                           "\t<key>c</key>\n\t<data>QUJD</data>\n"
-                           "\t<key>d</key>\n\t<date>2026-11-20T12:00:00Z</date>\n"
-                           "\t<key>e &amp;</key>\n\t<string>é<![CDATA[<]]></string>\n"
-                           "</dict>\n" +
-                           xmlTail;
+const std::string xmlSample = xmlHead +
+                              "<dict>\n"
+                              "\t<key>a</key>\n\t<integer>-1</integer>\n"
+                              "\t<key>b</key>\n\t<array><true/><real>1.5</real></array>\n"
+                              "\t<key>c</key>\n\t<data>QUJD</data>\n"
+                              "\t<key>d</key>\n\t<date>2026-11-20T12:00:00Z</date>\n"
+                              "\t<key>e &amp;</key>\n\t<string>é<![CDATA[<]]></string>\n"
+                              "</dict>\n" +
+                              xmlTail;
 
 NSPropertyList readXML(std::string_view content) {
     return readPropertyList(xmlDocument(content));
@@ -46,16 +46,16 @@ TEST(PropertyListXML, ReadsEveryKindOfValue) {
     const NSPropertyList expected = NSDictionary{
         {"a", -1}, {"b", NSArray{true, 1.5}}, {"c", NSData{'A', 'B', 'C'}}, {"d", dateAt(1795176000)}, {"e &", "é<"}};
     NSPropertyListFormat format{};
-    EXPECT_EQ(NSPropertyListSerialization::propertyListWithData(sample, &format, nullptr), expected);
+    EXPECT_EQ(NSPropertyListSerialization::propertyListWithData(xmlSample, &format, nullptr), expected);
     EXPECT_EQ(format, NSPropertyListFormat::XML);
 }
 
 TEST(PropertyListXML, EveryTruncationIsAnError) {
-    const std::size_t end = sample.rfind('>');
+    const std::size_t end = xmlSample.rfind('>');
     for (std::size_t length = 0; length <= end; ++length) {
         NSError error;
         // A copy of its own, so that a sanitizer sees any step beyond the end.
-        const std::vector<char> bytes(sample.begin(), sample.begin() + static_cast<std::ptrdiff_t>(length));
+        const std::vector<char> bytes(xmlSample.begin(), xmlSample.begin() + static_cast<std::ptrdiff_t>(length));
         EXPECT_FALSE(NSPropertyListSerialization::propertyListWithData({bytes.data(), length}, nullptr, &error))
             << length;
         EXPECT_THAT(error.localizedDescription.toStdString(), StartsWith("line ")) << length;
@@ -63,9 +63,9 @@ TEST(PropertyListXML, EveryTruncationIsAnError) {
 }
 
 TEST(PropertyListXML, AnyChangedByteIsAValueOrAnError) {
-    for (std::size_t position = 0; position < sample.size(); ++position) {
+    for (std::size_t position = 0; position < xmlSample.size(); ++position) {
         for (const char byte : {'\0', '<', '>', '&', '\xFF', '\x80', '/'}) {
-            std::string bytes = sample;
+            std::string bytes = xmlSample;
             bytes[position] = byte;
             NSError error;
             if (!NSPropertyListSerialization::propertyListWithData(bytes, nullptr, &error)) {

@@ -59,11 +59,11 @@ bool waitFor(const std::function<bool()>& condition) {
     return QTest::qWaitFor(condition, patience);
 }
 
-struct Free {
+struct ReplyDeleter {
     void operator()(void* memory) const { std::free(memory); }
 };
 template <class T>
-using Reply = std::unique_ptr<T, Free>;
+using Reply = std::unique_ptr<T, ReplyDeleter>;
 
 xcb_connection_t* x() {
     return qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();

@@ -18,12 +18,12 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr NSRect windowFrame{{100, 100}, {400, 200}};
+constexpr NSRect effectsFrame{{100, 100}, {400, 200}};
 
 /// The window that the effects are for; it writes down what is done to it.
 class EffectsWindow : public NSWindow {
 public:
-    EffectsWindow() : NSWindow(windowFrame, NSBorderlessWindowMask, NSBackingStoreBuffered, false) {
+    EffectsWindow() : NSWindow(effectsFrame, NSBorderlessWindowMask, NSBackingStoreBuffered, false) {
         setBackgroundColor(NSColor::colorWithCalibratedRed(1, 0, 0, 1));
     }
 
@@ -125,7 +125,7 @@ private:
 
 TEST_F(JumpingEffects, PopGrowsPastTheWindowAndSettles) {
     pop(*window);
-    EXPECT_THAT(frames, ElementsAre(NSMakeRect(87.5, 87.5, 425, 225), windowFrame));
+    EXPECT_THAT(frames, ElementsAre(NSMakeRect(87.5, 87.5, 425, 225), effectsFrame));
     EXPECT_TRUE(window->isVisible());
     expectNoZoomWindow();
 }
@@ -165,7 +165,7 @@ TEST_F(JumpingEffects, NothingPopsAwayThatIsNotThere) {
 
 TEST_F(JumpingEffects, ZoomOnGrowsOutOfTheRectangle) {
     zoomOnFromRect(*window, NSMakeRect(10, 20, 30, 40));
-    EXPECT_THAT(frames, ElementsAre(windowFrame));
+    EXPECT_THAT(frames, ElementsAre(effectsFrame));
     EXPECT_EQ(window->told.front(), "set frame with display");
     EXPECT_TRUE(window->isVisible());
     EXPECT_TRUE(QTest::qWaitFor([this] { return window->isKeyWindow(); }));
@@ -216,7 +216,7 @@ TEST_F(NoodleEffects, AZoomWindowShowsAPictureOfTheWindowInTheGivenRectangle) {
     const auto* picture = dynamic_cast<const NSImageView*>(view);
     ASSERT_TRUE(picture);
     EXPECT_EQ(picture->imageScaling(), NSScaleToFit);
-    EXPECT_EQ(picture->image()->size(), windowFrame.size);
+    EXPECT_EQ(picture->image()->size(), effectsFrame.size);
     EXPECT_EQ(picture->image()->imageForScale(1).pixel(200, 100), qRgb(255, 0, 0));
     window->setHasShadow(true);
     const std::unique_ptr<NoodleZoomWindow> other(_createZoomWindowWithRect(*window, NSMakeRect(10, 20, 30, 40)));
@@ -243,20 +243,20 @@ TEST_F(NoodleEffects, AZoomWindowStretchesItsPictureToItsFrame) {
 }
 
 TEST_F(NoodleEffects, AZoomWindowTakesTwoFifthsOfTheTime) {
-    const std::unique_ptr<NoodleZoomWindow> zoom(_createZoomWindowWithRect(*window, windowFrame));
-    const NSRect farther = NSOffsetRect(windowFrame, 150, 0);
+    const std::unique_ptr<NoodleZoomWindow> zoom(_createZoomWindowWithRect(*window, effectsFrame));
+    const NSRect farther = NSOffsetRect(effectsFrame, 150, 0);
     EXPECT_EQ(zoom->animationResizeTime(farther), 0.2 * static_cast<double>(0.4F));
     EXPECT_EQ(window->animationResizeTime(farther), 0.2);
 }
 
 TEST_F(NoodleEffects, AWindowThatWasNeverShownIsOrderedInAndOutOnceForItsPixels) {
     EXPECT_EQ(window->windowNumber(), -1);
-    std::unique_ptr<NoodleZoomWindow> zoom(_createZoomWindowWithRect(*window, windowFrame));
+    std::unique_ptr<NoodleZoomWindow> zoom(_createZoomWindowWithRect(*window, effectsFrame));
     EXPECT_THAT(window->told, ElementsAre("back", "display", "out"));
     EXPECT_GT(window->windowNumber(), 0);
     EXPECT_FALSE(window->isVisible());
     window->told.clear();
-    zoom.reset(_createZoomWindowWithRect(*window, windowFrame));
+    zoom.reset(_createZoomWindowWithRect(*window, effectsFrame));
     EXPECT_THAT(window->told, IsEmpty()) << "now it has them";
     window->orderFront(nullptr);
     EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get())) << "and can be shown as ever";
@@ -264,11 +264,11 @@ TEST_F(NoodleEffects, AWindowThatWasNeverShownIsOrderedInAndOutOnceForItsPixels)
 
 TEST_F(NoodleEffects, AOneShotWindowStaysOne) {
     window->setOneShot(true);
-    const std::unique_ptr<NoodleZoomWindow> zoom(_createZoomWindowWithRect(*window, windowFrame));
+    const std::unique_ptr<NoodleZoomWindow> zoom(_createZoomWindowWithRect(*window, effectsFrame));
     EXPECT_TRUE(window->isOneShot());
     EXPECT_GT(window->windowNumber(), 0) << "it was not one while it was ordered out";
     window->setOneShot(false);
-    const std::unique_ptr<NoodleZoomWindow> other(_createZoomWindowWithRect(*window, windowFrame));
+    const std::unique_ptr<NoodleZoomWindow> other(_createZoomWindowWithRect(*window, effectsFrame));
     EXPECT_FALSE(window->isOneShot());
 }
 

@@ -2,6 +2,7 @@
 #include <VXKit/platform/appkit/BlockingAnimation.h>
 
 #include <VXKit/platform/desktop/MotionPreference.h>
+#include <VXKit/platform/foundation/ElapsedSeconds.h>
 
 #include <QEasingCurve>
 #include <QElapsedTimer>
@@ -14,7 +15,6 @@
 
 namespace {
 
-constexpr double nanosecondsPerSecond = 1e9;
 constexpr double longest = 3600; // seconds
 
 double durationFactor = 1;
@@ -55,7 +55,7 @@ void runBlockingFrames(QObject& target, double seconds, const std::function<void
         QTimer frames;
         frames.setTimerType(Qt::PreciseTimer);
         QObject::connect(&frames, &QTimer::timeout, &loop, [&] {
-            const double share = static_cast<double>(clock.nsecsElapsed()) / (shown * nanosecondsPerSecond);
+            const double share = elapsedSeconds(clock) / shown;
             if (share >= 1) {
                 loop.quit();
             } else if (guard) {

@@ -2,10 +2,12 @@
 #include <VXKit/platform/appkit/FrameAnimations.h>
 
 #include <VXKit/platform/appkit/AnimationGroup.h>
+#include <VXKit/platform/appkit/AnimationTarget.h>
 #include <VXKit/platform/appkit/BlockingAnimation.h>
 #include <VXKit/platform/appkit/NSAnimationContext.h>
 #include <VXKit/platform/appkit/NSView.h>
 #include <VXKit/platform/appkit/NSWindow.h>
+#include <VXKit/platform/foundation/ElapsedSeconds.h>
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -22,8 +24,6 @@
 #include <vector>
 
 namespace {
-
-constexpr double nanosecondsPerSecond = 1e9;
 
 /// Whose frame is set without an end of its animation, next.
 const QWidget* continuingTarget = nullptr;
@@ -42,21 +42,6 @@ struct Animation {
     QMetaObject::Connection endOfTarget;
     std::optional<double> begun; // on the clock of all
 };
-
-NSRect frameOf(QWidget& target) {
-    if (const auto* window = qobject_cast<NSWindow*>(&target)) {
-        return window->frame();
-    }
-    return ViewCore::attach(target).frame();
-}
-
-void setFrame(QWidget& target, const NSRect& frame, bool display) {
-    if (auto* window = qobject_cast<NSWindow*>(&target)) {
-        window->setFrame(frame, display);
-    } else {
-        ViewCore::attach(target).setFrame(frame);
-    }
-}
 
 } // namespace
 
@@ -126,7 +111,7 @@ public:
     }
 
     void step() {
-        const double now = testingTime.value_or(static_cast<double>(m_clock.nsecsElapsed()) / nanosecondsPerSecond);
+        const double now = testingTime.value_or(elapsedSeconds(m_clock));
         // By their numbers, because what is told of a frame may end any of them, and begin others.
         std::vector<std::uint64_t> windows;
         std::vector<std::uint64_t> views;
@@ -166,13 +151,13 @@ private:
         if (share >= 1) {
             const NSRect to = found->to;
             take(number);
-            setFrame(*target, to, false);
+            setFrameOfTarget(*target, to, false);
         } else if (share <= 0) {
             return nullptr;
         } else {
             const NSRect frame = rectBetween(found->from, found->to, easedInOut(share));
             const Continuing continuing(*target);
-            setFrame(*target, frame, false);
+            setFrameOfTarget(*target, frame, false);
         }
         return displays ? target.data() : nullptr;
     }
@@ -196,9 +181,9 @@ private:
 void FrameAnimations::animate(QWidget& target, const NSRect& to, bool display) {
     const NSAnimationContext& context = NSAnimationContext::currentContext();
     const double seconds = shownSeconds(context.duration());
-    const NSRect from = frameOf(target);
+    const NSRect from = frameOfTarget(target);
     if (seconds <= 0 || from == to) {
-        setFrame(target, to, display);
+        setFrameOfTarget(target, to, display);
         return;
     }
     Engine::shared(true)->add(target, from, to, seconds, display, context.m_group);

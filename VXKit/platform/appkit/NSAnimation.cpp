@@ -2,6 +2,7 @@
 #include <VXKit/platform/appkit/NSAnimation.h>
 
 #include <VXKit/platform/appkit/BlockingAnimation.h>
+#include <VXKit/platform/foundation/ElapsedSeconds.h>
 
 #include <QEasingCurve>
 #include <QElapsedTimer>
@@ -15,8 +16,6 @@
 #include <cmath>
 
 namespace {
-
-constexpr double nanosecondsPerSecond = 1e9;
 
 QEasingCurve bezierCurve(const QPointF& first, const QPointF& second) {
     QEasingCurve curve(QEasingCurve::BezierSpline);
@@ -57,7 +56,7 @@ public:
 
 private:
     void step() {
-        const double seconds = static_cast<double>(m_clock.nsecsElapsed()) / nanosecondsPerSecond;
+        const double seconds = elapsedSeconds(m_clock);
         // The wish for less motion may come in the middle.
         const bool isLast = m_shown <= 0 || seconds >= m_shown || blockingAnimationsJump();
         const QPointer<Frames> self(this);

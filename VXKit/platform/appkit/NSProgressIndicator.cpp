@@ -3,8 +3,8 @@
 
 #include <VXKit/platform/desktop/MotionPreference.h>
 #include <VXKit/platform/graphics/NSBezierPath.h>
-#include <VXKit/platform/graphics/NSColor.h>
 #include <VXKit/platform/graphics/NSGraphicsContext.h>
+#include <VXKit/platform/graphics/QtColor.h>
 
 #include <QColor>
 #include <QPalette>
@@ -46,11 +46,6 @@ constexpr double rimAlpha = 0.4;
 constexpr double blockShare = 0.3; // of the track, of what wanders in it
 constexpr double standingAlpha = 0.5;
 constexpr int shares = 1000; // of a range that is not one of whole numbers, for a screen reader
-
-NSColor colorOf(const QColor& color, double alpha = 1) {
-    return NSColor::colorWithCalibratedRed(double(color.redF()), double(color.greenF()), double(color.blueF()),
-                                           alpha * double(color.alphaF()));
-}
 
 /// A line from `from` to `to` with round ends.
 NSBezierPath capsule(const NSPoint& from, const NSPoint& to, double width) {
@@ -286,7 +281,7 @@ void NSProgressIndicator::drawBar() {
     }
     const double radius = thickness / 2;
     const NSBezierPath outline = NSBezierPath::bezierPathWithRoundedRect(track, radius, radius);
-    colorOf(palette().color(QPalette::WindowText), barTrackAlpha).setFill();
+    NSColorFromQColor(palette().color(QPalette::WindowText), barTrackAlpha).setFill();
     outline.fill();
 
     NSRect done = track;
@@ -306,7 +301,7 @@ void NSProgressIndicator::drawBar() {
         done.origin.x = NSMinX(track) + NSMaxX(track) - NSMaxX(done);
     }
     if (NSWidth(done) > 0) {
-        colorOf(palette().color(QPalette::Highlight), alpha).setFill();
+        NSColorFromQColor(palette().color(QPalette::Highlight), alpha).setFill();
         if (const std::optional<NSBezierPath> part = partOfBar(track, done)) {
             part->fill();
         } else {
@@ -335,7 +330,7 @@ void NSProgressIndicator::drawWheel() {
                                NSMidY(square) + std::sin(angle) * radius * share);
         };
         const double strength = 1 - static_cast<double>(age) / (spokes - 1);
-        colorOf(ink, faintestSpoke + strength * strength * (strongestSpoke - faintestSpoke)).setFill();
+        NSColorFromQColor(ink, faintestSpoke + strength * strength * (strongestSpoke - faintestSpoke)).setFill();
         const double end = spokeWidth / 2;
         capsule(at(spokeStart + end), at(spokeEnd - end), spokeWidth * radius).fill();
     }
@@ -348,7 +343,7 @@ void NSProgressIndicator::drawPie() {
     }
     const QColor ink = palette().color(QPalette::WindowText);
     const NSBezierPath rim = NSBezierPath::bezierPathWithOvalInRect(square);
-    colorOf(ink, pieTrackAlpha).setFill();
+    NSColorFromQColor(ink, pieTrackAlpha).setFill();
     rim.fill();
     const double done = fraction();
     if (done > 0) {
@@ -362,10 +357,10 @@ void NSProgressIndicator::drawPie() {
                                         NSMidY(square) + std::sin(angle) * NSHeight(square) / 2));
         }
         pie.closePath();
-        colorOf(palette().color(QPalette::Highlight)).setFill();
+        NSColorFromQColor(palette().color(QPalette::Highlight)).setFill();
         pie.fill();
     }
-    colorOf(ink, rimAlpha).setStroke();
+    NSColorFromQColor(ink, rimAlpha).setStroke();
     rim.stroke();
 }
 

@@ -7,6 +7,7 @@
 #include <VXKit/platform/graphics/NSBezierPath.h>
 #include <VXKit/platform/graphics/NSGraphics.h>
 #include <VXKit/platform/graphics/NSGraphicsContext.h>
+#include <VXKit/platform/graphics/QtColor.h>
 
 #include <QAbstractTableModel>
 #include <QBrush>
@@ -28,11 +29,6 @@ namespace {
 
 constexpr int standardRowHeight = 20; // points
 constexpr double highestRow = 10'000;
-
-NSColor colorOf(const QColor& color) {
-    return NSColor::colorWithCalibratedRed(double(color.redF()), double(color.greenF()), double(color.blueF()),
-                                           double(color.alphaF()));
-}
 
 NSTextAlignment alignmentOf(const QVariant& alignment, NSTextAlignment standard) {
     if (!alignment.isValid()) {
@@ -204,7 +200,7 @@ NSTableView::~NSTableView() = default;
 
 void NSTableView::setUp() {
     m_textCell = std::make_unique<NSTextFieldCell>();
-    m_textCell->setTextColor(colorOf(palette().color(QPalette::Text)));
+    m_textCell->setTextColor(NSColorFromQColor(palette().color(QPalette::Text)));
     m_cellDelegate = new CellDelegate(*this);
     setItemDelegate(m_cellDelegate);
     setFrameShape(QFrame::NoFrame);
@@ -326,11 +322,12 @@ void NSTableView::setIntValueOfCell(int value, int column, int row) {
 }
 
 std::vector<NSColor> NSTableView::_alternatingRowBackgroundColors() const {
-    return {colorOf(palette().color(QPalette::Base)), colorOf(palette().color(QPalette::AlternateBase))};
+    return {NSColorFromQColor(palette().color(QPalette::Base)),
+            NSColorFromQColor(palette().color(QPalette::AlternateBase))};
 }
 
 NSColor NSTableView::_highlightColorForCell(const NSCell* /*cell*/) const {
-    return colorOf(palette().color(QPalette::Highlight));
+    return NSColorFromQColor(palette().color(QPalette::Highlight));
 }
 
 void NSTableView::setUsesAlternatingRowBackgroundColors(bool flag) {
@@ -490,7 +487,7 @@ void NSTableView::drawCell(const QModelIndex& index, const NSRect& rect) {
         const NSColor color = text->textColor();
         const NSTextAlignment alignment = text->alignment();
         if (foreground.isValid()) {
-            text->setTextColor(colorOf(qvariant_cast<QBrush>(foreground).color()));
+            text->setTextColor(NSColorFromQColor(qvariant_cast<QBrush>(foreground).color()));
         } else if (!isEnabled()) {
             text->setTextColor(color.colorWithAlphaComponent(color.alphaComponent() / 2));
         }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/appkit/NSViewAnimation.h>
 
+#include <VXKit/platform/appkit/AnimationTarget.h>
 #include <VXKit/platform/appkit/FrameAnimations.h>
 #include <VXKit/platform/appkit/NSView.h>
 #include <VXKit/platform/appkit/NSWindow.h>
@@ -18,21 +19,6 @@ const T* valueOf(const NSViewAnimationDescription& description, const char* key)
     return found == description.end() ? nullptr : std::get_if<T>(&found->second);
 }
 
-NSRect frameOf(QWidget& target) {
-    if (const auto* window = qobject_cast<NSWindow*>(&target)) {
-        return window->frame();
-    }
-    return ViewCore::attach(target).frame();
-}
-
-void setFrameOf(QWidget& target, const NSRect& frame) {
-    if (auto* window = qobject_cast<NSWindow*>(&target)) {
-        window->setFrame(frame, true);
-    } else {
-        ViewCore::attach(target).setFrame(frame);
-    }
-}
-
 } // namespace
 
 /// What happens to one target while the animation runs.
@@ -43,8 +29,8 @@ public:
         const auto* end = valueOf<NSRect>(description, NSViewAnimationEndFrameKey);
         m_moves = start || end;
         if (m_moves) {
-            m_from = start ? *start : frameOf(target);
-            m_to = end ? *end : frameOf(target);
+            m_from = start ? *start : frameOfTarget(target);
+            m_to = end ? *end : frameOfTarget(target);
         }
         const auto* effect = valueOf<std::string>(description, NSViewAnimationEffectKey);
         m_fadesIn = effect && *effect == NSViewAnimationFadeInEffect;
@@ -63,7 +49,11 @@ public:
 
     void apply(double value) {
         if (m_target && m_moves) {
-            setFrameOf(*m_target, value == 1 ? m_to : value == 0 ? m_from : rectBetween(m_from, m_to, value));
+            setFrameOfTarget(*m_target,
+                             value == 1   ? m_to
+                             : value == 0 ? m_from
+                                          : rectBetween(m_from, m_to, value),
+                             true);
         }
         if (m_target && (m_fadesIn || m_fadesOut)) {
             setOpacity(m_opacity * (m_fadesIn ? value : 1 - value));

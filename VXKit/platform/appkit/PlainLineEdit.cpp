@@ -33,7 +33,7 @@ constexpr double standardFontSize = 12;
 
 // How white it is on the dark ground, from 0 to 1: a selection must stand out and leave its text readable.
 constexpr float selectionStrength = 0.3F;
-constexpr float disabledStrength = 0.4F;
+constexpr float disabledTextStrength = 0.4F;
 
 bool isLineBreak(QChar character) {
     switch (character.unicode()) {
@@ -233,7 +233,7 @@ void PlainLineEdit::applyColors() {
     QPalette colors = palette();
     for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
         colors.setColor(group, QPalette::Base, Qt::transparent);
-        colors.setColor(group, QPalette::Text, white(group == QPalette::Disabled ? disabledStrength : 1));
+        colors.setColor(group, QPalette::Text, white(group == QPalette::Disabled ? disabledTextStrength : 1));
         colors.setColor(group, QPalette::HighlightedText, colors.color(group, QPalette::Text));
         colors.setColor(group, QPalette::Highlight, white(selectionStrength));
     }

@@ -35,7 +35,7 @@ private:
 };
 
 /// Asked for an object's classes from its own up, so that a host's description of a class below NSWindow comes first.
-QAccessibleInterface* describe(const QString& className, QObject* object) {
+QAccessibleInterface* describeWindow(const QString& className, QObject* object) {
     if (className != QLatin1String(NSWindow::staticMetaObject.className())) {
         return nullptr;
     }
@@ -46,5 +46,5 @@ QAccessibleInterface* describe(const QString& className, QObject* object) {
 } // namespace
 
 void describeWindowsToAccessibility() {
-    QAccessible::installFactory(describe); // which Qt does once
+    QAccessible::installFactory(describeWindow); // which Qt does once
 }

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int margin = 4;       // points to the screen's upper edge and between two items
+constexpr int itemMargin = 4;   // points to the screen's upper edge and between two items
 constexpr int rightMargin = 32; // points, so that a window that keeps away from the edge can point at the item
 constexpr double cornerRadius = 5;
 constexpr double bodyWhite = 0.05;
@@ -87,8 +87,8 @@ void CornerStatusItemHost::placeAll() {
     int right = available.left() + available.width() - rightMargin;
     for (CornerStatusItemHost* host : shownHosts()) {
         const int left = right - host->itemWidth();
-        host->place(QRect(left, available.top() + margin, host->itemWidth(), standardThickness));
-        right = left - margin;
+        host->place(QRect(left, available.top() + itemMargin, host->itemWidth(), standardThickness));
+        right = left - itemMargin;
     }
 }
 

@@ -12,7 +12,7 @@
 namespace {
 
 /// The workspace that was put in the place of the platform's own, if any.
-std::unique_ptr<NSWorkspace>& replacement() {
+std::unique_ptr<NSWorkspace>& replacementWorkspace() {
     static std::unique_ptr<NSWorkspace> workspace;
     return workspace;
 }
@@ -31,11 +31,11 @@ NSWorkspace::NSWorkspace() = default;
 NSWorkspace::~NSWorkspace() = default;
 
 NSWorkspace& NSWorkspace::sharedWorkspace() {
-    return replacement() ? *replacement() : platformWorkspace();
+    return replacementWorkspace() ? *replacementWorkspace() : platformWorkspace();
 }
 
 void NSWorkspace::setSharedWorkspace(std::unique_ptr<NSWorkspace> workspace) {
-    replacement() = std::move(workspace);
+    replacementWorkspace() = std::move(workspace);
 }
 
 bool NSWorkspace::knowsApplications() const {

@@ -14,7 +14,7 @@
 namespace {
 
 /// The effects that were put in the place of the platform's own, if any.
-std::unique_ptr<WindowEffects>& replacement() {
+std::unique_ptr<WindowEffects>& replacementEffects() {
     static std::unique_ptr<WindowEffects> effects;
     return effects;
 }
@@ -40,11 +40,11 @@ WindowEffects::WindowEffects(QObject* parent) : QObject(parent) {}
 WindowEffects::~WindowEffects() = default;
 
 WindowEffects& WindowEffects::sharedEffects() {
-    return replacement() ? *replacement() : platformEffects();
+    return replacementEffects() ? *replacementEffects() : platformEffects();
 }
 
 void WindowEffects::setSharedEffects(std::unique_ptr<WindowEffects> effects) {
-    replacement() = std::move(effects);
+    replacementEffects() = std::move(effects);
 }
 
 bool WindowEffects::isAvailable(Effect effect) const {

@@ -22,6 +22,9 @@ struct X11ReplyDeleter {
 template <class Reply>
 using X11Reply = std::unique_ptr<Reply, X11ReplyDeleter>;
 
+/// The source of a request that a pager, not the window itself, makes: window managers grant it without suspicion.
+constexpr std::uint32_t x11SourcePager = 2;
+
 /// The number of an event, without the bit that tells whether the server or a client sent it.
 [[nodiscard]] inline std::uint8_t x11EventNumber(const xcb_generic_event_t& event) {
     constexpr std::uint8_t sentEventBit = 0x80;

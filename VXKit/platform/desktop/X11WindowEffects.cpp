@@ -29,9 +29,8 @@ constexpr const char* desktopProperty = "_NET_WM_DESKTOP";
 
 constexpr std::uint32_t allDesktops = 0xffffffff;
 
-/// Who makes a request of the window manager: a common application for itself, or a pager, whose wish is not doubted.
+/// Who makes a request of the window manager: a common application for itself. Compare x11SourcePager.
 constexpr std::uint32_t sourceApplication = 1;
-constexpr std::uint32_t sourcePager = 2;
 
 /// Turning the wheel presses these buttons.
 constexpr std::uint32_t firstWheelButton = 4;
@@ -260,7 +259,7 @@ void X11WindowEffects::order(QWidget& window, Place place, QWidget* sibling) {
                        place == Place::Above ? Place::Below : Place::Above);
     } else {
         x11->sendToRoot(nativeOf(window), "_NET_RESTACK_WINDOW",
-                        {sourcePager, nativeOf(*sibling),
+                        {x11SourcePager, nativeOf(*sibling),
                          place == Place::Above ? XCB_STACK_MODE_ABOVE : XCB_STACK_MODE_BELOW, 0, 0});
     }
     stackShadows();
@@ -536,7 +535,7 @@ void X11WindowEffects::giveKeyboard(Window& window) {
             xcb_set_input_focus_checked(x11->connection(), XCB_INPUT_FOCUS_PARENT, native, XCB_CURRENT_TIME));
         x11->flush();
     } else {
-        x11->sendToRoot(native, "_NET_ACTIVE_WINDOW", {sourcePager, x11->latestTime(), XCB_NONE, 0, 0});
+        x11->sendToRoot(native, "_NET_ACTIVE_WINDOW", {x11SourcePager, x11->latestTime(), XCB_NONE, 0, 0});
     }
 }
 

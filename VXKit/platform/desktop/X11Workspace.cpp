@@ -19,9 +19,6 @@
 
 namespace {
 
-/// The source of a request that a pager, not the window itself, makes: window managers grant it without suspicion.
-constexpr std::uint32_t sourcePager = 2;
-
 /// What the kernel adds to the path of a program whose file was replaced or taken away.
 constexpr QLatin1String deletedMark(" (deleted)");
 
@@ -188,6 +185,6 @@ void X11Workspace::setFrontProcess(ProcessSerialNumber process) {
     }
     const xcb_window_t window = windowToActivate(*x11, process.lowLongOfPSN);
     if (window != XCB_NONE) {
-        x11->sendToRoot(window, "_NET_ACTIVE_WINDOW", {sourcePager, x11->latestTime(), XCB_NONE, 0, 0});
+        x11->sendToRoot(window, "_NET_ACTIVE_WINDOW", {x11SourcePager, x11->latestTime(), XCB_NONE, 0, 0});
     }
 }

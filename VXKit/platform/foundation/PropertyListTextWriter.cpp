@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view hexadecimalDigits = "0123456789abcdef";
 
-constexpr bool isBareCharacter(char character) {
+constexpr bool staysBare(char character) {
     return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
            (character >= 'a' && character <= 'z') ||
            std::string_view("_$/:.-").find(character) != std::string_view::npos;
@@ -23,7 +23,7 @@ bool mayStandBare(std::string_view text) {
         return false;
     }
     for (const char character : text) {
-        if (!isBareCharacter(character)) {
+        if (!staysBare(character)) {
             return false;
         }
     }

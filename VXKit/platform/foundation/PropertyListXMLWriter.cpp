@@ -22,7 +22,7 @@ constexpr std::size_t shortestDataLine = 16;
 constexpr std::size_t tabColumns = 8;
 
 /// Text is searched in blocks of this many bytes, without a branch, which the compiler turns into vector instructions.
-constexpr std::size_t blockSize = 32;
+constexpr std::size_t searchBlockSize = 32;
 
 /// Whether a character is escaped or forbidden. The operators are the plain ones, so that nothing is skipped.
 constexpr bool isSpecial(unsigned char character) {
@@ -41,15 +41,15 @@ constexpr std::array<bool, 256> specialCharacters() {
 constexpr std::array<bool, 256> special = specialCharacters();
 
 const char* findSpecial(const char* position, const char* end) {
-    while (static_cast<std::size_t>(end - position) >= blockSize) {
+    while (static_cast<std::size_t>(end - position) >= searchBlockSize) {
         unsigned char found = 0;
-        for (std::size_t index = 0; index < blockSize; ++index) {
+        for (std::size_t index = 0; index < searchBlockSize; ++index) {
             found |= static_cast<unsigned char>(isSpecial(static_cast<unsigned char>(position[index])));
         }
         if (found) {
             break;
         }
-        position += blockSize;
+        position += searchBlockSize;
     }
     while (position < end && !special[static_cast<unsigned char>(*position)]) {
         ++position;

@@ -29,9 +29,6 @@ constexpr NSPoint defaultTopRight{646, 507};
 constexpr NSPoint defaultBottomRight{548, 140};
 constexpr NSPoint defaultBottomLeft{155, 153};
 
-// As for every shadow: beyond it, in pixels of standard deviation, it grows no softer.
-constexpr double softestDeviation = 256;
-
 // Points; corners beyond it are those of a card that nearly touches the eye.
 constexpr double farthestCorner = 1 << 20;
 // Square points: half the least sine times lengths that still makes a surface and not an edge.
@@ -74,7 +71,7 @@ QPolygonF cornersOf(const QSizeF& size) {
     return {QList<QPointF>{{0, 0}, {size.width(), 0}, {size.width(), size.height()}, {0, size.height()}}};
 }
 
-QImage withPixelsForPoints(QImage image) {
+QImage withoutPixelRatio(QImage image) {
     image.setDevicePixelRatio(1);
     return image;
 }
@@ -171,7 +168,7 @@ bool CIPerspectiveTransform::isUnwarped() const {
 
 const CIPerspectiveTransform::Pixels& CIPerspectiveTransform::pixelsForRatio(double ratio) const {
     if (!m_pixels || m_pixels->ratio != ratio) {
-        const QImage image = withPixelsForPoints(m_inputImage->imageForScale(ratio));
+        const QImage image = withoutPixelRatio(m_inputImage->imageForScale(ratio));
         m_pixels = {ratio, image, image.isNull() ? QImage() : reducedAlpha(image)};
     }
     return *m_pixels;
@@ -246,7 +243,7 @@ void CIPerspectiveTransform::drawWideShadow(const NSGraphicsContext& context, co
     QPainter& painter = context.painter();
     const QTransform toDevice = painter.deviceTransform();
     const double ratio = context.pixelRatio();
-    const double deviation = std::min(shadow.shadowBlurRadius() / 2 * ratio, softestDeviation) / reduction;
+    const double deviation = std::min(shadow.shadowBlurRadius() / 2 * ratio, softestShadowDeviation) / reduction;
     const double blur = std::sqrt(deviation * deviation - varianceOfReduction);
     const QPoint offset(qRound(distance.width * ratio), qRound(-distance.height * ratio));
 

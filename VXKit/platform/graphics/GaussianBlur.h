@@ -16,3 +16,7 @@ VXKIT_EXPORT void GaussianBlur(QImage& image, double standardDeviation);
 
 /// How many pixels far GaussianBlur carries coverage, at most.
 [[nodiscard]] VXKIT_EXPORT int GaussianBlurReach(double standardDeviation);
+
+/// The blur of a shadow, as a standard deviation in pixels, beyond which it grows no softer: the layer that is blurred
+/// must stay in proportion to the surface.
+constexpr double softestShadowDeviation = 256;

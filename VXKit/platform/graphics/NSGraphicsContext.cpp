@@ -27,10 +27,6 @@ constexpr QPainter::RenderHints renderHints =
 // A shadow farther away than any surface is large, in points, is never seen.
 constexpr double farthestOffset = 1 << 20;
 
-// The blur of a shadow, as a standard deviation in pixels, beyond which it grows no softer: the layer that is blurred
-// must stay in proportion to the surface.
-constexpr double softestDeviation = 256;
-
 NSGraphicsContext* currentGraphicsContext = nullptr;
 
 QPainter::CompositionMode compositionMode(NSCompositingOperation operation) {
@@ -258,7 +254,7 @@ void NSGraphicsContext::drawShadow(const QRectF& bounds, const std::function<voi
     QPainter& painter = m_private->painter;
     const QTransform toDevice = painter.deviceTransform();
     const double ratio = pixelRatio();
-    const double deviation = std::min(shadow().shadowBlurRadius() / 2 * ratio, softestDeviation);
+    const double deviation = std::min(shadow().shadowBlurRadius() / 2 * ratio, softestShadowDeviation);
     const QPoint offset(qRound(shadow().shadowOffset().width * ratio), qRound(-shadow().shadowOffset().height * ratio));
     const int reach = GaussianBlurReach(deviation);
 

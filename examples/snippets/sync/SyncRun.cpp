@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "SyncRun.h"
 
+#include "HttpStatus.h"
 #include "TitleText.h"
 
 #include <QTimer>
@@ -14,12 +15,6 @@ constexpr int requestsAtOnce = 4;
 constexpr int mostTries = 6;          // of one file that others keep changing
 constexpr int mostFailuresInARow = 3; // of a server that still answers
 constexpr int weakETagTime = 1100;    // milliseconds after which a server no longer calls a version's ETag weak
-
-constexpr int unauthorized = 401;
-constexpr int notFound = 404;
-constexpr int proxyUnauthorized = 407;
-constexpr int preconditionFailed = 412;
-constexpr int insufficientStorage = 507;
 
 std::optional<NSDate> later(const std::optional<NSDate>& left, const std::optional<NSDate>& right) {
     if (!left || !right) {
@@ -37,7 +32,7 @@ SyncRun::SyncRun(std::unique_ptr<WebDavFolder> folder, SyncInput input)
 
 void SyncRun::start() {
     m_folder->list([this](const WebDavAnswer& answer, const WebDavFolder::Listing& listing) {
-        if (answer.status == notFound) {
+        if (answer.status == HttpStatus::notFound) {
             makeFolder();
         } else if (!answer.isGood()) {
             fail(answer.problem);
@@ -134,7 +129,7 @@ void SyncRun::begin(const TaskPointer& task) {
 
 void SyncRun::read(const TaskPointer& task) {
     m_folder->read(task->name, [this, task](const WebDavAnswer& answer) {
-        if (answer.status == notFound) {
+        if (answer.status == HttpStatus::notFound) {
             task->isOnServer = false;
             fileIsMissing(task);
             return;
@@ -282,7 +277,7 @@ void SyncRun::write(const TaskPointer& task, const std::shared_ptr<const Snippet
         return;
     }
     const auto written = [this, task, snippet](const WebDavAnswer& answer) {
-        if (answer.status == preconditionFailed) {
+        if (answer.status == HttpStatus::preconditionFailed) {
             tryAgain(task);
             return;
         }
@@ -351,8 +346,9 @@ bool SyncRun::hasFailed(const Task& task, const WebDavAnswer& answer) {
         m_failuresInARow = 0;
         return false;
     }
-    const bool concernsAll = answer.status == 0 || answer.status == unauthorized ||
-                             answer.status == proxyUnauthorized || answer.status == insufficientStorage;
+    const bool concernsAll = answer.status == 0 || answer.status == HttpStatus::unauthorized ||
+                             answer.status == HttpStatus::proxyUnauthorized ||
+                             answer.status == HttpStatus::insufficientStorage;
     if (concernsAll || ++m_failuresInARow >= mostFailuresInARow) {
         fail(answer.problem);
         return true;

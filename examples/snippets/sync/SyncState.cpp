@@ -12,12 +12,12 @@
 
 namespace {
 
-constexpr const char* addressKey = "address";
-constexpr const char* databaseKey = "database";
-constexpr const char* filesKey = "files";
-constexpr const char* nameKey = "name";
-constexpr const char* etagKey = "etag";
-constexpr const char* fingerprintKey = "fingerprint";
+constexpr const char* addressEntry = "address";
+constexpr const char* databaseEntry = "database";
+constexpr const char* filesEntry = "files";
+constexpr const char* nameEntry = "name";
+constexpr const char* etagEntry = "etag";
+constexpr const char* fingerprintEntry = "fingerprint";
 
 QByteArray bytesUnder(const char* key, const NSDictionary& dictionary) {
     const auto* data = dictionary.objectOfType<NSData>(key);
@@ -45,16 +45,16 @@ SyncState SyncState::load(const QString& path, const QString& address, const QSt
         return state;
     }
     const std::optional<NSDictionary> content = NSDictionary::dictionaryWithContentsOfFile(path);
-    const NSArray* files = content ? content->objectOfType<NSArray>(filesKey) : nullptr;
-    if (!files || !hasText(*content, addressKey, address) || !hasText(*content, databaseKey, database)) {
+    const NSArray* files = content ? content->objectOfType<NSArray>(filesEntry) : nullptr;
+    if (!files || !hasText(*content, addressEntry, address) || !hasText(*content, databaseEntry, database)) {
         return state;
     }
     for (const NSPropertyList& value : *files) {
         const auto* file = value.as<NSDictionary>();
-        const auto* name = file ? file->objectOfType<std::string>(nameKey) : nullptr;
+        const auto* name = file ? file->objectOfType<std::string>(nameEntry) : nullptr;
         if (name) {
             state.set(QString::fromStdString(*name),
-                      {.etag = bytesUnder(etagKey, *file), .fingerprint = bytesUnder(fingerprintKey, *file)});
+                      {.etag = bytesUnder(etagEntry, *file), .fingerprint = bytesUnder(fingerprintEntry, *file)});
         }
     }
     return state;
@@ -64,11 +64,12 @@ QString SyncState::save(const QString& path) const {
     NSArray files;
     files.reserve(static_cast<std::size_t>(m_entries.size()));
     for (auto entry = m_entries.begin(); entry != m_entries.end(); ++entry) {
-        files.emplace_back(NSDictionary{
-            {nameKey, entry.key()}, {etagKey, dataOf(entry->etag)}, {fingerprintKey, dataOf(entry->fingerprint)}});
+        files.emplace_back(NSDictionary{{nameEntry, entry.key()},
+                                        {etagEntry, dataOf(entry->etag)},
+                                        {fingerprintEntry, dataOf(entry->fingerprint)}});
     }
-    NSDictionary content{{addressKey, m_address}, {databaseKey, m_database}};
-    content.setObject(std::move(files), filesKey);
+    NSDictionary content{{addressEntry, m_address}, {databaseEntry, m_database}};
+    content.setObject(std::move(files), filesEntry);
     const QString folder = QFileInfo(path).path();
     if (!QDir().mkpath(folder)) {
         return folder + QStringLiteral(": cannot create the folder");

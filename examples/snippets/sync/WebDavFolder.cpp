@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "WebDavFolder.h"
 
+#include "HttpStatus.h"
+
 #include <QAuthenticator>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -12,17 +14,6 @@
 namespace {
 
 constexpr qint64 largestAnswer = qint64{256} * 1024 * 1024; // bytes
-
-constexpr int multiStatus = 207;
-constexpr int unauthorized = 401;
-constexpr int forbidden = 403;
-constexpr int notFound = 404;
-constexpr int methodNotAllowed = 405;
-constexpr int conflict = 409;
-constexpr int preconditionFailed = 412;
-constexpr int locked = 423;
-constexpr int notImplemented = 501;
-constexpr int insufficientStorage = 507;
 
 constexpr const char* triedProperty = "credentialsTried";
 constexpr const char* cancelledProperty = "cancelled";
@@ -40,22 +31,22 @@ QString textOfStatus(int status, const QString& phrase, const QString& movedTo) 
                                  : QStringLiteral("The folder has moved to ") + movedTo;
     }
     switch (status) {
-    case unauthorized:
+    case HttpStatus::unauthorized:
         return QStringLiteral("The server does not accept the name and password");
-    case forbidden:
+    case HttpStatus::forbidden:
         return QStringLiteral("The server forbids it");
-    case notFound:
+    case HttpStatus::notFound:
         return QStringLiteral("It is not there");
-    case methodNotAllowed:
-    case notImplemented:
+    case HttpStatus::methodNotAllowed:
+    case HttpStatus::notImplemented:
         return QStringLiteral("The address is not one of a WebDAV folder");
-    case conflict:
+    case HttpStatus::conflict:
         return QStringLiteral("The folder that it belongs into is not there");
-    case preconditionFailed:
+    case HttpStatus::preconditionFailed:
         return QStringLiteral("Somebody else has changed it meanwhile");
-    case locked:
+    case HttpStatus::locked:
         return QStringLiteral("Another program has locked it");
-    case insufficientStorage:
+    case HttpStatus::insufficientStorage:
         return QStringLiteral("There is no room left on the server");
     default:
         return status >= 500 ? QStringLiteral("The server is in trouble (%1 %2)").arg(status).arg(phrase)
@@ -185,7 +176,7 @@ void WebDavFolder::list(ListHandler handler) {
               std::optional<Listing> listing;
               WebDavAnswer judged = answer;
               if (answer.isGood()) {
-                  listing = answer.status == multiStatus ? listingIn(answer.body) : std::nullopt;
+                  listing = answer.status == HttpStatus::multiStatus ? listingIn(answer.body) : std::nullopt;
                   if (!listing) {
                       judged.problem = QStringLiteral("What answers at this address is not a WebDAV folder");
                   }
@@ -198,7 +189,7 @@ void WebDavFolder::create(Handler handler) {
     watch(m_network.sendCustomRequest(request(m_address), "MKCOL"),
           [handler = std::move(handler)](const WebDavAnswer& answer) {
               WebDavAnswer judged = answer;
-              if (answer.status == methodNotAllowed) {
+              if (answer.status == HttpStatus::methodNotAllowed) {
                   judged.problem.clear();
               }
               handler(judged);
