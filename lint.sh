@@ -58,6 +58,7 @@ check format format
 check 'licence lines' licence_lines
 check 'merge markers' merge_markers
 check layers layers
+check documentation scripts/docs.sh
 check 'shell scripts' shell_scripts
 check configure configure
 check 'headers alone' headers_alone

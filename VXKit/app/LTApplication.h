@@ -38,6 +38,7 @@ public:
     void showHelp(QObject* sender);
 
 protected:
+    /// Clears the activity flag; called when the application will resign active.
     void _unsetActive(const NSNotification& notification);
 
     QString _theOtherApp;   ///< path of the application that was frontmost at the last activation; null until noted

@@ -7,8 +7,9 @@
 
 class NSStatusItem;
 
-/// Posted by the host's sync manager when a sync begins and when it has ended, however it went; on the main thread.
+/// Posted by the host's sync manager when a sync begins; on the main thread.
 inline constexpr const char* LTSyncManagerHasBegunSyncing = "LTSyncManagerHasBegunSyncing";
+/// Posted by the host's sync manager when a sync has ended, however it went; on the main thread.
 inline constexpr const char* LTSyncManagerHasEndedSyncing = "LTSyncManagerHasEndedSyncing";
 
 /// What the kit asks of the host's controller object.

@@ -43,7 +43,9 @@ public:
     /// The view with the page; null where the kit's resources are missing.
     [[nodiscard]] WebView* textView() const { return _textView; }
 
+    /// Declares the window, the view with the page and its controls; the nib needs the first two alone.
     void connectNib(NSNibConnections& connections) override;
+    /// Connects the controls with the view. Nothing where the nib has no window or no view.
     void awakeFromNib() override;
 
 protected:

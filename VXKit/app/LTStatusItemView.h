@@ -32,11 +32,14 @@ public:
     /// Closes the main window and takes the highlight off.
     void applicationDidDeactivate(const NSNotification& notification);
 
-    /// Both redraw at once.
+    /// Highlights the symbol where it is not, and the other way round; redraws at once.
     void toggleHighlight();
+    /// Draws the symbol highlighted or not, at once, be that a change or none.
     void setHighlighted(bool flag);
 
+    /// Turns the highlight over, activates the application and has the host's controller toggle the main window.
     void mouseDown(const NSEvent& event) override;
+    /// Draws the symbol in the middle, highlighted or not, as opaque as the pulse has it.
     void drawRect(const NSRect& rect) override;
 
     /// Where the status item is on the screen: the frame of the window that holds this view. (0, 0, 0, 0) while it is

@@ -39,10 +39,14 @@ public:
     /// Above the status item where that lies along the bottom of its screen and there is no room below.
     [[nodiscard]] NSRect constrainFrameRect(const NSRect& frame) const override;
 
+    /// Yes, though it is borderless.
     [[nodiscard]] bool canBecomeKeyWindow() const override { return true; }
 
+    /// Paints the look anew before all is redrawn.
     void display() override;
+    /// Gives the window its shadow as well (setUpWindowShadow).
     void makeKeyAndOrderFront(QObject* sender) override;
+    /// A left press while the application is not active activates it, and does nothing else.
     void sendEvent(const NSEvent& event) override;
     /// Ends editing in the window.
     void mouseDown(const NSEvent& event) override;

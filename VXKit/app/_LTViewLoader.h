@@ -37,6 +37,7 @@ public:
     /// Loads the nib. Where there is none the outlets are null, which nobody is told but the log.
     /// AppKit: `-initWithNibName:`, `-initWithNibName:bundle:`.
     void initWithNibName(const QString& name) { initWithNibName(name, nullptr); }
+    /// The same with the nib of `bundle`; null: the main bundle. To be called once.
     virtual void initWithNibName(const QString& name, NSBundle* bundle);
 
     /// The view that is called "_view" in the nib; null where it has none, and after it was deleted. AppKit: `-view`.

@@ -20,7 +20,8 @@ public:
     /// no screen. AppKit's form: a class method of the same name.
     static void pop();
 
-    /// What the timer of `pop` and the end of the fade call.
+    /// What the timer of `pop` calls: begins the fade.
     static void _startFading(NSTimer& timer);
+    /// What the end of the fade calls: takes the pop-up away.
     static void animationDidEnd(NSAnimation& animation);
 };

@@ -26,6 +26,7 @@ public:
     explicit LTHUDButton(const NSRect& frame, QWidget* parent = nullptr);
     ~LTHUDButton() override;
 
+    /// Draws body, title and, while it shows that it has the keyboard, the ring; the cell draws nothing.
     void drawRect(const NSRect& dirtyRect) override;
 
     /// The width of the title and 30 points, at least 96; 28 points high.

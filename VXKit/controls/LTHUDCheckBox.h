@@ -28,7 +28,9 @@ public:
     /// Sets a title with these looks.
     void setTitle(const QString& title) override;
 
+    /// No, unlike other buttons.
     [[nodiscard]] bool isFlipped() const override { return false; }
+    /// Draws the box, the title and, while it shows that it has the keyboard, the ring.
     void drawRect(const NSRect& dirtyRect) override;
 
     /// The box and the title.

@@ -24,7 +24,10 @@ public:
     /// -1 disables the cell, any other value enables it; the state is on for all but 0.
     void setIntValue(int value) override;
 
+    /// The box with a margin around it, square.
     [[nodiscard]] NSSize cellSize() const override;
+    /// Draws the box, or the mark of what is installed already, at the corner of `cellFrame` with the smallest
+    /// coordinates.
     void drawWithFrame(const NSRect& cellFrame, ViewCore& controlView) override;
 
 private:

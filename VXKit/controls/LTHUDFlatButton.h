@@ -21,6 +21,7 @@ public:
     explicit LTHUDFlatButton(const NSRect& frame, QWidget* parent = nullptr);
     ~LTHUDFlatButton() override;
 
+    /// Draws body, title and, while it shows that it has the keyboard, the ring; the cell draws nothing.
     void drawRect(const NSRect& dirtyRect) override;
 
     /// The title with room around it, at least 20 points high.

@@ -24,16 +24,19 @@ public:
     /// The button that Return and Enter press; without one, and when it is gone, they do nothing here. A key that is
     /// held down presses it once.
     void setTarget(NSButton* target);
+    /// The button that was set; null where there is none, or it is gone.
     [[nodiscard]] NSButton* target() const;
 
     /// The view that gets the keyboard on Tab, and on Shift-Tab too; without one, the window itself gets it. In a plain
     /// window of Qt's, Tab without a next view goes where Qt takes it. AppKit: the outlet of that name.
     void setNextKeyView(QWidget* view) override { m_nextKeyView = view; }
+    /// The view that was set; null where there is none, or it is gone. AppKit: `-nextKeyView`.
     [[nodiscard]] QWidget* nextKeyView() const { return m_nextKeyView; }
 
     /// What stands in the field while it is empty and does not have the keyboard; nothing where it is null. A screen
     /// reader is told of it as the description of the field, where that has none of its own.
     void setPlaceholderString(const QString& placeholder);
+    /// What was set; null at first.
     [[nodiscard]] QString placeholderString() const { return m_placeholder; }
 
     /// Moved to where the text is laid out, except while the field paints its background.
@@ -43,21 +46,26 @@ public:
     /// the name of the button (`target`). The fields send no actions themselves.
     void awakeFromNib() override;
 
+    /// Redraws at once, so that the placeholder is not seen beside the caret.
     bool becomeFirstResponder() override;
+    /// Redraws, so that the placeholder shows again.
     bool resignFirstResponder() override;
+    /// Takes Return, Enter and Tab as the class note says; all else is the line edit's.
     void keyDown(const NSEvent& event) override;
     /// Answers Return and Enter while the field has the keyboard and a target, which a default button of the window
     /// would take otherwise.
     bool performKeyEquivalent(const NSEvent& event) override;
+    /// Draws the well, the text with selection and caret, and the placeholder where it is to be seen.
     void drawRect(const NSRect& dirtyRect) override;
 
 protected:
     /// In what the two kinds of field differ.
     struct Style {
-        double shadowBlurRadius; // points
-        NSPoint boundsShift;
+        double shadowBlurRadius; ///< of the well's shadow, in points
+        NSPoint boundsShift;     ///< of bounds() to where the text is laid out, in points
     };
 
+    /// A field of that style without a frame.
     LTHUDLineEdit(const Style& style, QWidget* parent);
 
     bool event(QEvent* event) override;

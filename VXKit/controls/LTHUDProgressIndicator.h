@@ -14,6 +14,7 @@ public:
     explicit LTHUDProgressIndicator(const NSRect& frame, QWidget* parent = nullptr);
     ~LTHUDProgressIndicator() override;
 
+    /// Draws the disc, and the indicator on it.
     void drawRect(const NSRect& dirtyRect) override;
 
 private:

@@ -22,6 +22,7 @@ public:
     /// LTHUDRadioButtonCell.
     [[nodiscard]] NSCellClass cellClass() const override;
 
+    /// Has the cell draw the button and, while it shows that it has the keyboard, adds the ring.
     void drawRect(const NSRect& dirtyRect) override;
 
 private:

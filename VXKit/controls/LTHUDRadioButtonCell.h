@@ -14,6 +14,9 @@ public:
     LTHUDRadioButtonCell();
     ~LTHUDRadioButtonCell() override;
 
+    /// The circle and the title beside it, with a little room.
     [[nodiscard]] NSSize cellSize() const override;
+    /// Draws the circle and the title from the corner of `cellFrame` with the smallest coordinates; it is not
+    /// stretched.
     void drawWithFrame(const NSRect& cellFrame, ViewCore& controlView) override;
 };

@@ -17,5 +17,6 @@ public:
 
     /// Takes the arrows away.
     void awakeFromNib() override;
+    /// Draws the window's own background, and slot and knob where there is a knob.
     void drawRect(const NSRect& dirtyRect) override;
 };

@@ -5,7 +5,11 @@
 #include <VXKit/controls/LTHUDLineEdit.h>
 
 /// Whether the system draws a ring around the view with the keyboard. AppKit: `NSFocusRingType`.
-enum NSFocusRingType { NSFocusRingTypeDefault = 0, NSFocusRingTypeNone = 1, NSFocusRingTypeExterior = 2 };
+enum NSFocusRingType {
+    NSFocusRingTypeDefault = 0,  ///< as is usual for such a view
+    NSFocusRingTypeNone = 1,     ///< no ring
+    NSFocusRingTypeExterior = 2, ///< around the outside of the view
+};
 
 /// A field for a password on a dark panel: shows a dot for each character, and lets none of them be copied.
 ///

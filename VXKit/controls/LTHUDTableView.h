@@ -23,11 +23,13 @@ public:
 
     /// Two greys, which let a little through in a HUD window.
     [[nodiscard]] std::vector<NSColor> _alternatingRowBackgroundColors() const override;
+    /// A brown, whatever `cell` is.
     [[nodiscard]] NSColor _highlightColorForCell(const NSCell* cell) const override;
     /// Gives a button cell the value "enabled" of the row's object; 0 where there is none.
     [[nodiscard]] NSCell* preparedCellAtColumn(int column, int row) override;
 
 protected:
+    /// Stores it in the data source under "enabled"; without a data source, as any table does.
     void setIntValueOfCell(int value, int column, int row) override;
 
 private:

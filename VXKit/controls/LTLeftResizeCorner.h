@@ -25,6 +25,7 @@ public:
     void mouseDown(const NSEvent& event) override;
     /// Resizes the window, whose frame is set for every event; see LTResizeCorner.
     void mouseDragged(const NSEvent& event) override;
+    /// Draws the grip at the bottom left of the view.
     void drawRect(const NSRect& dirtyRect) override;
 
 private:

@@ -15,5 +15,6 @@ public:
     using NSBox::NSBox;
     ~LTLine() override;
 
+    /// Draws the line or the panel, whichever the window and the height ask for.
     void drawRect(const NSRect& dirtyRect) override;
 };

@@ -28,13 +28,15 @@ public:
     explicit LTNameTag(const NSDictionary& dictionary);
     ~LTNameTag() override;
 
-    /// The same, owned by the caller until it is a subview.
+    /// A tag with `name`, owned by the caller until it is a subview. AppKit's form: a class method of the same name.
     [[nodiscard]] static std::unique_ptr<LTNameTag> nameTagWithName(const QString& name);
+    /// A tag of `dictionary`, likewise.
     [[nodiscard]] static std::unique_ptr<LTNameTag> nameTagWithDictionary(const NSDictionary& dictionary);
 
     /// What the tag was made from; nothing for one that was made from a name.
     [[nodiscard]] const std::optional<NSDictionary>& dictionary() const { return dic; }
 
+    /// Draws the name, and no ground.
     void drawRect(const NSRect& dirtyRect) override;
 
 private:

@@ -31,6 +31,7 @@ public:
     /// Travel beyond the least size is held back until the pointer has come back by as much; of the event with which it
     /// does, the rest is dropped. Beyond the largest width nothing is held back.
     void mouseDragged(const NSEvent& event) override;
+    /// Draws the grip at the bottom right of the view.
     void drawRect(const NSRect& dirtyRect) override;
 
 private:

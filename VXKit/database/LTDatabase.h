@@ -87,6 +87,7 @@ public:
     /// The main list itself, in the order of insertion, not a copy. The operations below note and announce a change;
     /// one made to the list directly is neither saved nor announced by itself.
     [[nodiscard]] LTSnippetArray& snippets() { return _snippets; }
+    /// The same to look at.
     [[nodiscard]] const LTSnippetArray& snippets() const { return _snippets; }
 
     /// Appends `snippet` to the main list, whether or not its ID is taken, or holds it back during a sync; tells so.
@@ -129,12 +130,18 @@ protected:
     [[nodiscard]] virtual QString databaseVersion() const;      ///< "0.1"
     [[nodiscard]] virtual _LTSnippetClass snippetClass() const; ///< _LTSnippet; makes the records when loading
 
+    /// Loads the records of `dictionary`, the content of a file, and marks the store dirty, also where there was
+    /// nothing to load.
     void _loadWithDictionary(const std::optional<NSDictionary>& dictionary);
+    /// Puts the records in `dictionary` in place of those in the list, where `version` is the store's own
+    /// (databaseVersion); otherwise does nothing. What makes no record is logged and left out.
     void _loadRepresentation(const NSDictionary& dictionary, const NSPropertyList* version);
+    /// The dictionary form of every record, in the order of the list. Throws as dictionaryRepresentation does.
     [[nodiscard]] NSArray _dictionaryContents() const;
 
     bool _dirty = false; ///< there are changes not yet written to the file
     QString _path;       ///< full path of the file
+    /// The main list.
     LTSnippetArray _snippets;
     std::vector<std::shared_ptr<_LTSnippet>> _layaway;         ///< records added during a sync
     std::vector<std::shared_ptr<_LTSnippet>> _layawayEdits;    ///< records edited during a sync

@@ -22,7 +22,9 @@ class _LTSnippetIndex;
 /// was. Stands for AppKit's `NSMutableArray`.
 class VXKIT_EXPORT LTSnippetArray {
 public:
+    /// How the list holds a record; never null in it.
     using Snippet = std::shared_ptr<_LTSnippet>;
+    /// Good until the list is changed.
     using const_iterator = std::vector<Snippet>::const_iterator;
 
     LTSnippetArray();
@@ -30,13 +32,17 @@ public:
     LTSnippetArray& operator=(const LTSnippetArray&) = delete;
     ~LTSnippetArray();
 
+    /// AppKit: `-count`.
     [[nodiscard]] std::size_t count() const { return m_snippets.size() - m_takenOut; }
+    /// Whether the list has no record.
     [[nodiscard]] bool isEmpty() const { return count() == 0; }
     /// AppKit: `-objectAtIndex:`.
     [[nodiscard]] const Snippet& objectAtIndex(std::size_t index) const;
     /// The same without a check, as a vector has it.
     [[nodiscard]] const Snippet& operator[](std::size_t index) const { return settled()[index]; }
+    /// The first record, for loops; settles the list.
     [[nodiscard]] const_iterator begin() const { return settled().begin(); }
+    /// Behind the last record.
     [[nodiscard]] const_iterator end() const { return settled().end(); }
 
     /// Whether some record has this snippet ID. Takes the same time whatever the length of the list, but for records

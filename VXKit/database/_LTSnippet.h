@@ -29,6 +29,7 @@ public:
     _LTSnippet();
     /// A copy has the same fields; it is in no database, whatever holds the original.
     _LTSnippet(const _LTSnippet& other);
+    /// Takes over the fields of `other`, the identity included; the databases that hold this record hold it still.
     _LTSnippet& operator=(const _LTSnippet& other);
     virtual ~_LTSnippet();
 
@@ -107,10 +108,13 @@ private:
 /// are called.
 class VXKIT_EXPORT _LTSnippetClass {
 public:
+    /// The class `Snippet`.
     template <std::derived_from<_LTSnippet> Snippet>
     [[nodiscard]] static _LTSnippetClass of();
 
+    /// What the class's emptySnippet gives; null where it has none of its own.
     [[nodiscard]] std::shared_ptr<_LTSnippet> emptySnippet() const { return m_emptySnippet(); }
+    /// A record of the class, loaded from `dictionary`.
     [[nodiscard]] std::shared_ptr<_LTSnippet> snippetWithDictionary(const NSDictionary& dictionary) const {
         return m_snippetWithDictionary(dictionary);
     }

@@ -23,12 +23,16 @@ public:
     _LTSnippetIdentity() = default;
     /// Copies the date alone: the copy belongs to a record that no index holds.
     _LTSnippetIdentity(const _LTSnippetIdentity& other) : m_date(other.m_date) {}
+    /// Takes over the date alone, as an assignment of it does.
     _LTSnippetIdentity& operator=(const _LTSnippetIdentity& other) {
         return this == &other ? *this : *this = other.m_date;
     }
+    /// Gives the record the identity `date` and tells the indexes that hold it.
     _LTSnippetIdentity& operator=(std::optional<NSDate> date);
 
+    /// The date, wherever one is wanted.
     operator const std::optional<NSDate>&() const { return m_date; }
+    /// The date, or nothing where the record has no identity yet.
     [[nodiscard]] const std::optional<NSDate>& date() const { return m_date; }
 
     /// Notes whether records of exactly the class `Snippet` answer snippetID with this field. Those of a class that was

@@ -16,9 +16,11 @@ class NSButton;
 class NSTextField;
 class NSWindow;
 
-/// What the buttons of an alert are known by, and its results.
+/// The tag of an alert's default button, and the result of a run that it ended.
 inline constexpr int NSAlertDefaultReturn = 1;
+/// The tag of an alert's alternate button, and the result of a run that it ended.
 inline constexpr int NSAlertAlternateReturn = 0;
+/// The tag of an alert's other button, and the result of a run that it ended.
 inline constexpr int NSAlertOtherReturn = -1;
 
 /// A question to the person, in the kit's dark look: a bold headline, an explanation, and up to three buttons.
@@ -52,15 +54,22 @@ public:
     [[nodiscard]] static std::shared_ptr<LTHUDAlert> inputAlertWithMessageText(const QString& message,
                                                                                const QString& initialValue);
 
+    /// The headline, which is what screen readers and lists of windows call the alert, too.
     void setMessage(const QString& message);
+    /// The explanation below the headline; empty: none.
     void setInformativeText(const QString& text);
+    /// The title of the default button, which is shown even where that is empty.
     void setDefaultButtonTitle(const QString& title);
+    /// The title of the alternate button; where it is empty, the button is not shown.
     void setAlternateButtonTitle(const QString& title);
+    /// The title of the other button, or of the check box in its place; where it is empty, neither is shown.
     void setOtherButtonTitle(const QString& title);
+    /// Whether the alert asks for a line of text. No. To be called before the alert is run.
     void setIsInput(bool flag) { _isInput = flag; }
     /// Puts a check box in the place of the other button, or a button again, with the same title. To be called before
     /// the alert is run.
     void setOtherButtonIsDontShowAgain(bool flag);
+    /// Whether the check box is on; no where there is none.
     [[nodiscard]] bool dontShowAgainIsChecked() const;
 
     /// Lays the alert out: with 0 for an application-modal one, with 1 for a sheet, which is 20 points lower.
@@ -77,14 +86,19 @@ public:
     /// The same for an input alert: the text, or nothing where the default button did not end it.
     std::optional<QString> runInputSheetModalForWindow(NSWindow& parent);
 
-    /// What the alert is made of, all owned by it; for hosts that want to add to it. The other button is an LTHUDButton
-    /// or an LTHUDCheckBox. The input field is null until the first layout of an input alert.
+    /// The alert's window. What an alert is made of is owned by it, and here for hosts that want to add to it.
     [[nodiscard]] LTHUDWindow& window() const { return *_alertWindow; }
+    /// The headline.
     [[nodiscard]] NSTextField& messageField() const { return *_messageField; }
+    /// The explanation.
     [[nodiscard]] NSTextField& informativeTextField() const { return *_informativeText; }
+    /// Where the text is typed; null until the first layout of an input alert.
     [[nodiscard]] LTHUDTextField* inputField() const { return _inputField.get(); }
+    /// The button that Return presses.
     [[nodiscard]] LTHUDButton& defaultButtonControl() const { return *defaultButton; }
+    /// The button that Escape presses.
     [[nodiscard]] LTHUDButton& alternateButtonControl() const { return *alternateButton; }
+    /// An LTHUDButton, or the LTHUDCheckBox in its place; another object after setOtherButtonIsDontShowAgain.
     [[nodiscard]] NSButton& otherButtonControl() const { return *otherButton; }
 
 private:

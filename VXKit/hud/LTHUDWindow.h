@@ -35,20 +35,30 @@ public:
 
     /// Whether the strip behind the buttons is drawn darker. Changing it redraws the window.
     [[nodiscard]] bool hasButtonLane() const { return _hasButtonLane; }
+    /// Yes, at first. Redraws the window where it changes.
     void setHasButtonLane(bool flag);
 
+    /// Yes, though it is borderless.
     [[nodiscard]] bool canBecomeKeyWindow() const override { return true; }
 
+    /// Paints the look.
     void awakeFromNib() override;
+    /// Paints the look anew before all is redrawn.
     void display() override;
+    /// Gives the window its shadow as well (setUpWindowShadow).
     void makeKeyAndOrderFront(QObject* sender) override;
     /// A press activates the application and still reaches what was pressed.
     void sendEvent(const NSEvent& event) override;
+    /// Activates the application and takes the keyboard.
     void mouseDown(const NSEvent& event) override;
+    /// Moves the window along with the pointer, as far as its frame may go; a sheet stays where it is.
     void mouseDragged(const NSEvent& event) override;
 
+    /// Keeps the window within reach, as the class note says.
     void setFrameOrigin(const NSPoint& origin) override;
+    /// Keeps the window within reach, as the class note says.
     void setFrame(const NSRect& frame, bool display) override;
+    /// Keeps the window within reach, as the class note says.
     void setFrame(const NSRect& frame, bool display, bool animate) override;
 
     /// Slides the window out of a slot in `parent`, 46 points below its top, and runs it modally: returns when the

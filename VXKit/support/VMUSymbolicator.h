@@ -22,12 +22,14 @@ struct VMUModule {
     /// Seconds since 1970. Decides only where there is no mark: a file that changed since is taken for another one.
     std::int64_t unchangedSince = 0;
 
+    /// The same file, marked the same, at the same place.
     friend bool operator==(const VMUModule&, const VMUModule&) = default;
 };
 
 /// A function that an address lies in.
 class VXKIT_EXPORT VMUSymbol {
 public:
+    /// What a symbolicator answers; see the operations for what they are.
     VMUSymbol(QString name, QString modulePath, std::uint64_t moduleOffset)
         : m_name(std::move(name)), m_modulePath(std::move(modulePath)), m_moduleOffset(moduleOffset) {}
 
@@ -38,6 +40,7 @@ public:
     /// How far behind that module's first byte the address lay that was asked for.
     [[nodiscard]] std::uint64_t moduleOffset() const { return m_moduleOffset; }
 
+    /// The same function and the same offset.
     friend bool operator==(const VMUSymbol&, const VMUSymbol&) = default;
 
 private:

@@ -14,9 +14,10 @@
 
 /// One call of the stack that crashed.
 struct VXCrashFrame {
-    std::uint64_t address = 0;
+    std::uint64_t address = 0;       ///< the instruction that crashed, else a return address
     std::optional<VMUSymbol> symbol; ///< nothing where no function is known
 
+    /// The same address and symbol.
     friend bool operator==(const VXCrashFrame&, const VXCrashFrame&) = default;
 };
 
@@ -26,12 +27,15 @@ struct VXCrashFrame {
 /// discard() can be taken again, by the next run too, so that a report that could not be sent is not lost.
 class VXKIT_EXPORT VXCrashRecord {
 public:
+    /// Takes the record over; the other is good for nothing but to be destroyed or assigned to.
     VXCrashRecord(VXCrashRecord&&) noexcept;
+    /// Gives its own record back, as its end does, and takes the other's over.
     VXCrashRecord& operator=(VXCrashRecord&&) noexcept;
     ~VXCrashRecord();
 
     /// The signal that the process died of, "SIGSEGV" for instance.
     [[nodiscard]] QString signalName() const;
+    /// Its number, 11 for SIGSEGV.
     [[nodiscard]] int signalNumber() const;
     /// Why the system sent it, as `si_code` says: for a SIGSEGV, 1 is that nothing is mapped there. Below 1 when a
     /// process sent it.
@@ -41,9 +45,13 @@ public:
     /// What could not be read, written or run; 0 where the signal tells of no address.
     [[nodiscard]] std::uint64_t faultAddress() const;
 
+    /// When it crashed.
     [[nodiscard]] NSDate date() const;
+    /// Of the process that crashed, as the system named it then.
     [[nodiscard]] int processIdentifier() const;
+    /// Of the thread that crashed, as the system named it then.
     [[nodiscard]] int threadIdentifier() const;
+    /// Whether that was the main thread.
     [[nodiscard]] bool isMainThread() const { return threadIdentifier() == processIdentifier(); }
     /// Of the host when it crashed.
     [[nodiscard]] QString hostVersion() const;

@@ -22,14 +22,15 @@ class VXCrashRecord;
 /// The window that tells the user of an exception which the application did not expect, shows what a report of it
 /// would hold, and sends one if the user wants that.
 ///
-/// The host calls reportException where it catches what it did not expect; VXReportProblems does that for whatever
-/// leaves the handling of an event. Reports go to the host set with setReportingHost. Process-wide; its window is made
-/// when the reporter is first asked for. Main thread only.
+/// The host calls reportException where it catches what it did not expect; VXReportUncaughtExceptions does that for
+/// whatever leaves the handling of an event. Reports go to the host set with setReportingHost. Process-wide; its window
+/// is made when the reporter is first asked for. Main thread only.
 class VXKIT_EXPORT VXExceptionReporter : public NSNibOwner {
 public:
     /// Shortens the time that a silent server is waited for, as long as it lives.
     class VXKIT_EXPORT TimeoutForTesting {
     public:
+        /// A server that says nothing for so many seconds has not answered.
         [[nodiscard]] explicit TimeoutForTesting(double seconds);
         TimeoutForTesting(const TimeoutForTesting&) = delete;
         TimeoutForTesting& operator=(const TimeoutForTesting&) = delete;
@@ -48,6 +49,7 @@ public:
     /// "/_report.php" there, over plain HTTP. Null, as at first, where the application has none: its window then offers
     /// to copy a report and not to send it. Of the process; there is no host of ours.
     [[nodiscard]] static QString reportingHost();
+    /// For the reports that are sent from now on.
     static void setReportingHost(const QString& host);
 
     /// Shows the window for `exception`, with the stack of the caller, and returns when the user has decided.
@@ -71,12 +73,14 @@ public:
     /// Puts the report onto the clipboard, in the form in which it is shown.
     void copyReport(QObject* sender);
 
+    /// The window, be it shown or not.
     [[nodiscard]] NSWindow* window() const { return reporterWindow; }
     /// Of the exception reported last: a line for each frame, innermost first, each after a newline. Null before.
     [[nodiscard]] const QString& stackTrace() const { return _stackTrace; }
     /// The exception reported last; none before.
     [[nodiscard]] const std::optional<NSException>& exception() const { return _exception; }
 
+    /// Declares the window, the fields and what the buttons do.
     void connectNib(NSNibConnections& nib) override;
 
 private:

@@ -20,6 +20,7 @@ public:
     void display() override;
 
 protected:
+    /// The card as it is turned.
     void drawCoverage() const override;
 
 private:

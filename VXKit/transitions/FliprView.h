@@ -18,22 +18,23 @@ class NSImage;
 
 /// Where the corners of a turning card lie, in coordinates whose origin is the bottom left corner of the card at rest.
 struct VXKIT_EXPORT FliprCorners {
-    NSPoint topRight;
-    NSPoint topLeft;
-    NSPoint bottomRight;
-    NSPoint bottomLeft;
+    NSPoint topRight;    ///< of the side that is seen, as the others
+    NSPoint topLeft;     ///< upper left
+    NSPoint bottomRight; ///< lower right
+    NSPoint bottomLeft;  ///< lower left
 
     /// Of a card of `size` that has turned by `value` (0 to 1, 1 being half a turn) about its vertical centre line,
     /// forward (`direction` 1) or backward (-1), seen from 1600 points away. Past the half, its back side is meant.
     [[nodiscard]] static FliprCorners atValue(float value, float direction, const NSSize& size);
 
+    /// Exactly the same corners.
     friend bool operator==(const FliprCorners&, const FliprCorners&) = default;
 };
 
 /// How long a flip takes and where in that time it starts.
 struct VXKIT_EXPORT FliprTiming {
-    double duration; // seconds
-    float progress;
+    double duration; ///< seconds from progress 0 to 1
+    float progress;  ///< where it starts, from 0 to 1
 
     /// Of a flip whose first frame took `first` seconds to draw and whose frames take `frameTime`: 0.75 seconds, or as
     /// long as five frames need after the first ones, which count as time already spent.
@@ -49,8 +50,10 @@ class VXKIT_EXPORT FliprView : public NSView, public FliprAnimationDelegate {
     Q_OBJECT
 
 public:
-    /// Points around a window at the beginning of its flip, of a view that has the size of the flipping window's.
+    /// Points free on the left and the right of a window at the beginning of its flip, of a view that has the size of
+    /// the flipping window's.
     static constexpr double horizontalMargin = 64;
+    /// Points free above and below it.
     static constexpr double verticalMargin = 256;
 
     /// AppKit: `-initWithFrame:andOriginalRect:`.
@@ -64,12 +67,16 @@ public:
 
     /// The first half is over: the panel moves from the one window's place to the other's.
     void update() override;
+    /// Redraws the panel before it returns, or ends the flip at once where something has overtaken it.
     void display() override;
+    /// Draws the card with its shadow, and notes how long that took; nothing while nothing turns.
     void drawRect(const NSRect& dirtyRect) override;
     /// Always no.
     [[nodiscard]] bool isOpaque() const { return false; }
 
+    /// Ends the flip: the panel goes, the final window is there.
     void animationDidEnd(NSAnimation& animation) override;
+    /// Ends the flip all the same.
     void animationDidStop(NSAnimation& animation) override;
 
     /// Draws the card as it is now, without its shadow.
@@ -109,6 +116,7 @@ private:
 /// While it lives, the clock by which frames are timed shows what `nanoseconds` answers. For tests.
 class VXKIT_EXPORT FliprClockForTesting {
 public:
+    /// `nanoseconds` must not go back.
     [[nodiscard]] explicit FliprClockForTesting(std::function<std::int64_t()> nanoseconds);
     FliprClockForTesting(const FliprClockForTesting&) = delete;
     FliprClockForTesting& operator=(const FliprClockForTesting&) = delete;

@@ -30,10 +30,12 @@ public:
     /// One of the size that `name` needs, at (0, 0). AppKit: `+tabWithName:`.
     [[nodiscard]] static std::unique_ptr<_LTPrefTab> tabWithName(const QString& name);
 
+    /// Whether it is drawn selected. No. AppKit: `-isSelected`.
     [[nodiscard]] bool isSelected() const { return _selected; }
     /// Redraws the tab before it returns. AppKit: `-setSelected:`.
     void setSelected(bool flag);
 
+    /// Draws the plate where the tab is selected, and the name.
     void drawRect(const NSRect& dirtyRect) override;
 
 private:

@@ -37,6 +37,7 @@ inline constexpr std::chrono::milliseconds animationFrameTime(16);
 /// The latest of several counts.
 class VXKIT_EXPORT AnimationDurationsForTesting {
 public:
+    /// For animations that begin from now on; a factor of 1 changes nothing.
     [[nodiscard]] explicit AnimationDurationsForTesting(double factor);
     AnimationDurationsForTesting(const AnimationDurationsForTesting&) = delete;
     AnimationDurationsForTesting& operator=(const AnimationDurationsForTesting&) = delete;

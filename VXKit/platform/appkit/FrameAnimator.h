@@ -17,8 +17,10 @@ class ViewCore;
 /// A view's animator; to be used at once, not kept.
 class VXKIT_EXPORT ViewAnimator {
 public:
+    /// What NSView's animator() answers; `view` must outlive it.
     explicit ViewAnimator(ViewCore& view) : m_view(view) {}
 
+    /// Moves and resizes the view by and by; the frame that is set in the end is exactly `frame`.
     void setFrame(const NSRect& frame);
 
 private:
@@ -28,6 +30,7 @@ private:
 /// A window's animator; to be used at once, not kept.
 class VXKIT_EXPORT WindowAnimator {
 public:
+    /// What NSWindow's animator() answers; `window` must outlive it.
     explicit WindowAnimator(NSWindow& window) : m_window(window) {}
 
     /// With `display`, the window and its views are redrawn with each step, when all that moves in step has moved.

@@ -5,10 +5,13 @@
 
 #include <cstdint>
 
-/// Keys that the kit itself answers, as NSEvent::keyCode tells them.
+/// Return, as NSEvent::keyCode tells it.
 inline constexpr std::uint16_t NSReturnKeyCode = 36;
+/// Tab, with Shift too.
 inline constexpr std::uint16_t NSTabKeyCode = 48;
+/// Escape.
 inline constexpr std::uint16_t NSEscapeKeyCode = 53;
+/// Enter of the keypad.
 inline constexpr std::uint16_t NSEnterKeyCode = 76; // of the keypad
 
 /// Whether the key of `event` is Return or the keypad's Enter, whatever is held with it.

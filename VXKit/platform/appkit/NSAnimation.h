@@ -13,7 +13,7 @@ enum NSAnimationCurve {
     NSAnimationEaseInOut = 0, ///< slow at both ends: the cubic Bézier curve through (0.42, 0) and (0.58, 1)
     NSAnimationEaseIn = 1,    ///< slow at the beginning: through (0.42, 0) and (1, 1)
     NSAnimationEaseOut = 2,   ///< slow at the end: through (0, 0) and (0.58, 1)
-    NSAnimationLinear = 3,
+    NSAnimationLinear = 3,    ///< the value is the progress
 };
 
 /// Whether starting an animation waits for its end. Of the two kinds that do not wait, both run in the event loop.
@@ -48,6 +48,7 @@ public:
 /// same name.
 class VXKIT_EXPORT NSAnimation {
 public:
+    /// Seconds that an animation takes unless it is told otherwise.
     static constexpr double standardDuration = 0.5; // seconds
 
     /// AppKit: `-initWithDuration:animationCurve:`.
@@ -62,6 +63,7 @@ public:
     virtual void startAnimation();
     /// Ends it where it is; its delegate is told. Nothing for one that does not run. AppKit: `-stopAnimation`.
     virtual void stopAnimation();
+    /// Whether it runs at this moment. AppKit: `-isAnimating`.
     [[nodiscard]] bool isAnimating() const { return m_run != nullptr; }
 
     /// The share of the duration that is over, from 0 to 1.
@@ -72,18 +74,25 @@ public:
     /// The progress as the curve bends it, from 0 to 1. AppKit: `-currentValue`.
     [[nodiscard]] virtual float currentValue() const;
 
-    /// Seconds from progress 0 to 1; nothing is seen on the way where that is 0 or less or makes no sense.
+    /// Seconds from progress 0 to 1; nothing is seen on the way where that is 0 or less or makes no sense. AppKit:
+    /// `-duration`.
     [[nodiscard]] double duration() const { return m_duration; }
+    /// Counts for the next start. AppKit: `-setDuration:`.
     void setDuration(double seconds) { m_duration = seconds; }
+    /// How currentValue follows the progress: NSAnimationEaseInOut unless it was made with another. AppKit:
+    /// `-animationCurve`.
     [[nodiscard]] NSAnimationCurve animationCurve() const { return m_curve; }
+    /// Counts at once. AppKit: `-setAnimationCurve:`.
     void setAnimationCurve(NSAnimationCurve curve) { m_curve = curve; }
 
-    /// Counts for the next start. AppKit: `-setAnimationBlockingMode:`.
+    /// Whether a start waits for the end: NSAnimationBlocking at first. AppKit: `-animationBlockingMode`.
     [[nodiscard]] NSAnimationBlockingMode animationBlockingMode() const { return m_blockingMode; }
+    /// Counts for the next start. AppKit: `-setAnimationBlockingMode:`.
     void setAnimationBlockingMode(NSAnimationBlockingMode mode) { m_blockingMode = mode; }
 
-    /// Not owned; it must outlive the animation or be taken back.
+    /// Who is told of the end; null at first. AppKit: `-delegate`.
     [[nodiscard]] NSAnimationDelegate* delegate() const { return m_delegate; }
+    /// `delegate` is not owned; it must outlive the animation or be taken back with null. AppKit: `-setDelegate:`.
     void setDelegate(NSAnimationDelegate* delegate) { m_delegate = delegate; }
 
 protected:

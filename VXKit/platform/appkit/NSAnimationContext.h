@@ -38,9 +38,10 @@ public:
     static void runAnimationGroup(const std::function<void(NSAnimationContext& context)>& changes,
                                   std::function<void()> completionHandler = {});
 
-    /// Seconds that what is set from now on takes: 0.25 at first. 0 or less, or no number, is at once. AppKit:
-    /// `-duration`.
+    /// Seconds that what is set from now on takes: 0.25 at first. 0 or less, or no number, is at once.
+    /// AppKit: `-duration`.
     [[nodiscard]] double duration() const { return m_duration; }
+    /// Counts for what is set from now on. AppKit: `-setDuration:`.
     void setDuration(double seconds) { m_duration = seconds; }
 
 private:

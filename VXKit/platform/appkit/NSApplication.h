@@ -11,36 +11,43 @@
 
 class QWindow;
 
-/// Posted with the application object as sender, each before or after what its name says, in this order for a change:
-/// will, then the change itself, then did.
+/// Posted with the application object as sender, as are those below, by NSApplication::run when the application is
+/// awake and before it counts as launched.
 inline constexpr const char* NSApplicationWillFinishLaunchingNotification =
     "NSApplicationWillFinishLaunchingNotification";
+/// Posted by NSApplication::run before the event loop begins.
 inline constexpr const char* NSApplicationDidFinishLaunchingNotification =
     "NSApplicationDidFinishLaunchingNotification";
+/// Posted before NSApplication::isActive begins to say yes.
 inline constexpr const char* NSApplicationWillBecomeActiveNotification = "NSApplicationWillBecomeActiveNotification";
+/// Posted when the application is active.
 inline constexpr const char* NSApplicationDidBecomeActiveNotification = "NSApplicationDidBecomeActiveNotification";
+/// Posted before NSApplication::isActive begins to say no.
 inline constexpr const char* NSApplicationWillResignActiveNotification = "NSApplicationWillResignActiveNotification";
+/// Posted when the application is active no more.
 inline constexpr const char* NSApplicationDidResignActiveNotification = "NSApplicationDidResignActiveNotification";
 /// Posted once, before the application ends by terminate, by Qt's quit, or by a signal that asks it to end (SIGTERM,
 /// SIGINT, SIGHUP); not before the C library's exit.
 inline constexpr const char* NSApplicationWillTerminateNotification = "NSApplicationWillTerminateNotification";
 
-/// Answers of a modal run that was stopped without a code, and of one that was aborted or whose window died.
+/// Answer of a modal run that was stopped without a code (NSApplication::stopModal).
 inline constexpr int NSRunStoppedResponse = -1000;
+/// Answer of a modal run that was aborted, or whose window died.
 inline constexpr int NSRunAbortedResponse = -1001;
 
 class NSWindow;
 
 class NSException;
 
+/// What takes the exceptions that nobody caught; see NSSetUncaughtExceptionHandler.
+using NSUncaughtExceptionHandler = std::function<void(const NSException& exception)>;
 /// Makes `handler` what gets the exceptions that leave the handling of an event, on the main thread; the event counts
 /// as handled, and the application goes on. One that is thrown in another thread's event loop comes some time later.
 /// Exceptions that are none of std::exception's are told by the name of their class alone, without a reason.
 ///
 /// Without a handler, at first and after a null one, nothing is caught, and such an exception ends the process, as with
-/// any QApplication. Needs an NSApplication. To be set before another thread has an event loop.
-/// AppKit: the function of the same name.
-using NSUncaughtExceptionHandler = std::function<void(const NSException& exception)>;
+/// any QApplication. Needs an NSApplication. To be set before another thread has an event loop. AppKit: the function of
+/// the same name.
 VXKIT_EXPORT void NSSetUncaughtExceptionHandler(NSUncaughtExceptionHandler handler);
 
 /// Sounds the application's bell, or the desktop's where the application is another kind of QApplication.
@@ -83,10 +90,12 @@ public:
     /// window stays on the screen. Answers the code given to stopModalWithCode, NSRunStoppedResponse after stopModal,
     /// NSRunAbortedResponse when it was aborted, or the window died. Runs nest. AppKit: `-runModalForWindow:`.
     int runModalForWindow(NSWindow& window);
-    /// End the innermost run that has not been ended yet, when control returns to it; nothing where there is none.
-    /// AppKit: `-stopModal`, `-stopModalWithCode:`, `-abortModal`.
+    /// Ends the innermost run that has not been ended yet, when control returns to it, with NSRunStoppedResponse;
+    /// nothing where there is none. AppKit: `-stopModal`.
     void stopModal();
+    /// The same with `code` for an answer. AppKit: `-stopModalWithCode:`.
     void stopModalWithCode(int code);
+    /// The same with NSRunAbortedResponse. AppKit: `-abortModal`.
     void abortModal();
     /// Ends the run of `window`, whichever others run within it, as an aborted one; nothing where there is none. Runs
     /// within it go on until they are ended themselves. AppKit has none.

@@ -18,6 +18,7 @@ class VXKIT_EXPORT NSArrayController : public QObject {
     Q_OBJECT
 
 public:
+    /// A controller of the objects `content`, in their order. AppKit: `-initWithContent:`.
     explicit NSArrayController(NSArray content = {}, QObject* parent = nullptr);
     ~NSArrayController() override;
 
@@ -41,11 +42,13 @@ public:
     virtual void sort(std::string_view key, bool ascending);
 
 Q_SIGNALS:
-    /// Before and after the objects are others, or of another number.
+    /// Before the objects are others, or of another number.
     void contentWillChange();
+    /// After that.
     void contentDidChange();
-    /// Before and after they are put in another order; `order` tells where each was before.
+    /// Before they are put in another order.
     void orderWillChange();
+    /// After that; `order` tells of each place which one its object had before.
     void orderDidChange(const std::vector<int>& order);
     /// After a value of one of them has changed.
     void valueDidChange(int index);

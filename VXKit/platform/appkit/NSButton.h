@@ -61,6 +61,7 @@ public:
 
     /// A number that the button is known by, 0 at first. AppKit: `-tag`.
     [[nodiscard]] int tag() const { return m_tag; }
+    /// AppKit: `-setTag:`.
     void setTag(int tag) { m_tag = tag; }
 
     /// Shows the button pressed for a moment and then clicks it, after this has returned. `sender` is not looked at.
@@ -70,6 +71,7 @@ public:
     /// Whether the button is to show that it has the keyboard: not where it got it by a click of the mouse.
     [[nodiscard]] bool showsFirstResponder() const { return hasFocus() && m_showsFirstResponder; }
 
+    /// Yes, as a control's are.
     [[nodiscard]] bool isFlipped() const override { return true; }
     /// Draws the cell over the whole button.
     void drawRect(const NSRect& dirtyRect) override;

@@ -15,9 +15,11 @@ class NSButton;
 class QObject;
 class ViewCore;
 
-/// Values of a cell's state. A cell of two states, as NSButtonCell is, takes the mixed one for on.
+/// The state of a cell that is off.
 inline constexpr int NSOffState = 0;
+/// The state of a cell that is on.
 inline constexpr int NSOnState = 1;
+/// The state between the two. A cell of two states, as NSButtonCell is, takes it for on.
 inline constexpr int NSMixedState = -1;
 
 /// What a button shows, and how it is drawn.
@@ -29,6 +31,7 @@ inline constexpr int NSMixedState = -1;
 /// Not a QObject: an action is the button's clicked(). Stands for AppKit's class of the same name.
 class VXKIT_EXPORT NSButtonCell : public NSCell {
 public:
+    /// A cell without a button, a title and a key equivalent.
     NSButtonCell();
     ~NSButtonCell() override;
 
@@ -37,6 +40,7 @@ public:
 
     /// The title as it was set, the marks of its mnemonic included.
     [[nodiscard]] QString title() const;
+    /// Sets the title, of the button where there is one. AppKit: `-setTitle:`.
     void setTitle(const QString& title);
     /// The title without these marks, with the looks `attributes` and its mnemonic underlined.
     [[nodiscard]] NSAttributedString attributedDisplayTitle(const NSTextAttributes& attributes) const;
@@ -50,23 +54,27 @@ public:
     /// Here: setState. AppKit: `-setIntValue:`.
     void setIntValue(int value) override;
 
-    /// A cell without a button is enabled at first.
+    /// Whether it can be clicked. A cell without a button can, at first. AppKit: `-isEnabled`.
     [[nodiscard]] bool isEnabled() const;
+    /// Sets that of the button where there is one. AppKit: `-setEnabled:`.
     void setEnabled(bool flag);
 
     /// Whether the cell looks pressed: while the mouse or the space bar is held down on its button, and for a moment
     /// when the button is clicked by other means.
     [[nodiscard]] bool isHighlighted() const;
+    /// Sets that of the button where there is one. AppKit: `-setHighlighted:`.
     void setHighlighted(bool flag);
 
     /// Regular at first. AppKit: `-controlSize`.
     [[nodiscard]] NSControlSize controlSize() const { return m_controlSize; }
+    /// Redraws nothing. AppKit: `-setControlSize:`.
     void setControlSize(NSControlSize controlSize) { m_controlSize = controlSize; }
 
     /// The key that clicks the button wherever the keyboard is in its window: the character it makes. Escape (U+001B)
     /// and Return (U+000D, the keypad's Enter too) act by themselves, other control characters too, and any other key
     /// together with Command. Empty, as it is at first: none. AppKit: `-keyEquivalent`.
     [[nodiscard]] const QString& keyEquivalent() const { return m_keyEquivalent; }
+    /// Counts for the next key. AppKit: `-setKeyEquivalent:`.
     void setKeyEquivalent(const QString& keyEquivalent) { m_keyEquivalent = keyEquivalent; }
 
     /// Clicks the button, see NSButton::performClick. A cell without one goes to its other state. Nothing while it is

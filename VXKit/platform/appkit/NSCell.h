@@ -23,8 +23,9 @@ public:
     NSCell& operator=(const NSCell&) = delete;
     virtual ~NSCell();
 
-    /// The value as a number. AppKit: `-intValue`, `-setIntValue:`.
+    /// The value as a number. AppKit: `-intValue`.
     [[nodiscard]] virtual int intValue() const = 0;
+    /// Sets the value by a number. AppKit: `-setIntValue:`.
     virtual void setIntValue(int value) = 0;
 
     /// The room that the cell needs, in points. AppKit: `-cellSize`.

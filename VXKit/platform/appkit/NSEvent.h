@@ -15,30 +15,34 @@ class QEvent;
 
 /// What an event is, by AppKit's numbers.
 enum NSEventType {
-    NSLeftMouseDown = 1,
-    NSLeftMouseUp = 2,
-    NSRightMouseDown = 3,
-    NSRightMouseUp = 4,
-    NSMouseMoved = 5,
-    NSLeftMouseDragged = 6,
-    NSRightMouseDragged = 7,
-    NSMouseEntered = 8,
-    NSMouseExited = 9,
-    NSKeyDown = 10,
-    NSKeyUp = 11,
-    NSScrollWheel = 22,
-    NSOtherMouseDown = 25,
-    NSOtherMouseUp = 26,
-    NSOtherMouseDragged = 27,
+    NSLeftMouseDown = 1,      ///< the left button was pressed
+    NSLeftMouseUp = 2,        ///< the left button was released
+    NSRightMouseDown = 3,     ///< the right button was pressed
+    NSRightMouseUp = 4,       ///< the right button was released
+    NSMouseMoved = 5,         ///< the pointer has moved while no button is down
+    NSLeftMouseDragged = 6,   ///< the pointer has moved while the left button is down
+    NSRightMouseDragged = 7,  ///< the pointer has moved while the right button is down
+    NSMouseEntered = 8,       ///< the pointer has come over the view
+    NSMouseExited = 9,        ///< the pointer has left the view
+    NSKeyDown = 10,           ///< a key was pressed, or is held down and repeats itself
+    NSKeyUp = 11,             ///< a key was released
+    NSScrollWheel = 22,       ///< the wheel was turned, or a touchpad scrolled by
+    NSOtherMouseDown = 25,    ///< another button was pressed
+    NSOtherMouseUp = 26,      ///< another button was released
+    NSOtherMouseDragged = 27, ///< the pointer has moved while another button is down
 };
 
-/// Bits of NSEvent::modifierFlags. The Command bit is the key that carries a desktop's shortcuts: Control on a PC
-/// keyboard, whose Super key is the Control bit.
+/// Caps Lock; a bit of NSEvent::modifierFlags, as those below.
 inline constexpr unsigned NSAlphaShiftKeyMask = 1U << 16U;
+/// Shift.
 inline constexpr unsigned NSShiftKeyMask = 1U << 17U;
+/// Control on an Apple keyboard; the Super key of a PC keyboard.
 inline constexpr unsigned NSControlKeyMask = 1U << 18U;
+/// Option, which is Alt.
 inline constexpr unsigned NSAlternateKeyMask = 1U << 19U;
+/// The key that carries a desktop's shortcuts: Control on a PC keyboard.
 inline constexpr unsigned NSCommandKeyMask = 1U << 20U;
+/// The key is one of the keypad.
 inline constexpr unsigned NSNumericPadKeyMask = 1U << 21U;
 
 /// An event of the mouse or the keyboard, as a window hands it to its views.
@@ -66,15 +70,18 @@ public:
     /// The event that is being delivered, or null. AppKit: `NSApplication -currentEvent`.
     [[nodiscard]] static const NSEvent* currentEvent();
 
+    /// What the event is; 0 for one of Qt's that is none of these. AppKit: `-type`.
     [[nodiscard]] NSEventType type() const { return m_type; }
     /// The window that the event is for; null when it is gone.
     [[nodiscard]] NSWindow* window() const;
+    /// The number of that window (NSWindow::windowNumber); -1 where there is none. AppKit: `-windowNumber`.
     [[nodiscard]] int windowNumber() const;
     /// In points from the bottom left of the window; of an event of the mouse.
     [[nodiscard]] NSPoint locationInWindow() const { return m_location; }
-    /// How far the pointer has moved since the last event, in points; x grows to the right and y DOWNWARDS. Of an event
-    /// of the wheel, how far it was turned, in lines.
+    /// How far the pointer has moved to the right since the last event, in points. Of an event of the wheel, how far it
+    /// was turned, in lines. AppKit: `-deltaX`.
     [[nodiscard]] double deltaX() const { return m_deltaX; }
+    /// The same for y, which grows DOWNWARDS for the pointer. AppKit: `-deltaY`.
     [[nodiscard]] double deltaY() const { return m_deltaY; }
     /// 1 for a click, 2 for the second of a double click; the same of the button's release.
     [[nodiscard]] int clickCount() const { return m_clickCount; }
@@ -85,8 +92,9 @@ public:
     /// The number of the key by its place on an ANSI keyboard: Return 36, keypad Enter 76, Tab 48, V 9, Escape 53.
     /// NSUnknownKeyCode for a key that has none.
     [[nodiscard]] std::uint16_t keyCode() const { return m_keyCode; }
-    /// The text that the key makes, and the same as if no modifier but Shift were held.
+    /// The text that the key makes with the modifiers that are held. AppKit: `-characters`.
     [[nodiscard]] QString characters() const { return m_characters; }
+    /// The text that it would make if no modifier but Shift were held. AppKit: `-charactersIgnoringModifiers`.
     [[nodiscard]] QString charactersIgnoringModifiers() const { return m_charactersIgnoringModifiers; }
     /// Whether the key is held down. AppKit: `-isARepeat`.
     [[nodiscard]] bool isARepeat() const { return m_isARepeat; }
@@ -99,6 +107,7 @@ public:
     /// Makes an event the current one while it lives.
     class VXKIT_EXPORT Delivery {
     public:
+        /// `event` must live as long.
         explicit Delivery(const NSEvent& event);
         Delivery(const Delivery&) = delete;
         Delivery& operator=(const Delivery&) = delete;

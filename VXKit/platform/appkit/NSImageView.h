@@ -7,9 +7,12 @@
 
 class NSImage;
 
-/// How a picture gets the size of its view: as it is but not larger than the view, stretched in both directions each
-/// for itself, or left as it is. AppKit: `NSImageScaling`.
-enum NSImageScaling { NSScaleProportionally = 0, NSScaleToFit = 1, NSScaleNone = 2 };
+/// How a picture gets the size of its view. AppKit: `NSImageScaling`.
+enum NSImageScaling {
+    NSScaleProportionally = 0, ///< as it is, but not larger than the view
+    NSScaleToFit = 1,          ///< stretched in both directions, each for itself
+    NSScaleNone = 2,           ///< left as it is
+};
 
 /// A view that shows a picture, without a frame around it. It takes no input. Stands for AppKit's class of the same
 /// name.
@@ -20,13 +23,16 @@ public:
 
     /// The picture, shared; null shows nothing. AppKit: `-setImage:`.
     void setImage(std::shared_ptr<NSImage> image);
+    /// AppKit: `-image`.
     [[nodiscard]] const std::shared_ptr<NSImage>& image() const { return m_image; }
 
     /// NSScaleProportionally at first. A picture that does not fill the view is in its middle.
     /// AppKit: `-setImageScaling:`.
     void setImageScaling(NSImageScaling scaling);
+    /// AppKit: `-imageScaling`.
     [[nodiscard]] NSImageScaling imageScaling() const { return m_scaling; }
 
+    /// Draws the picture where the scaling puts it; nothing for one that is not valid.
     void drawRect(const NSRect& dirtyRect) override;
 
 private:

@@ -36,6 +36,7 @@ public:
     void outlet(const QString& name, T*& field) {
         field = objectOfClass<T>(name);
     }
+    /// The same for a field that is null again once the object is gone.
     template <class T>
     void outlet(const QString& name, QPointer<T>& field) {
         field = objectOfClass<T>(name);
@@ -97,8 +98,7 @@ private:
 /// file may have these properties (dynamic ones, of type string unless it says otherwise here):
 ///
 /// - `action`: the selector of an action of the owner, with its colon. Buttons send it when they are clicked, line
-/// edits
-///   on Return, combo boxes when an entry is chosen, menu entries when they are triggered;
+///   edits on Return, combo boxes when an entry is chosen, menu entries when they are triggered;
 /// - `autoresizingMask`: the springs of the widget, "NSViewWidthSizable|NSViewMinYMargin" or a number. Without it a
 ///   widget keeps its size and its distance from the left and the bottom edge. Not for what a layout of Qt's places;
 /// - `styleMask`: of an NSWindow or NSPanel, "NSTitledWindowMask|NSClosableWindowMask" or a number. Without it: titled,

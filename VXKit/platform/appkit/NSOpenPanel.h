@@ -31,7 +31,9 @@ public:
     using NSSavePanel::runModalForDirectory;
 
 protected:
+    /// One file that exists, of the types that were asked for.
     void prepareDialog(QFileDialog& dialog) const override;
+    /// `path` itself where it is of one of these types; else null.
     [[nodiscard]] QString pathForChosen(const QString& path) const override;
 
 private:

@@ -10,8 +10,11 @@
 #include <QSize>
 #include <QTimer>
 
-/// AppKit: `NSProgressIndicatorStyle`.
-enum NSProgressIndicatorStyle { NSProgressIndicatorBarStyle = 0, NSProgressIndicatorSpinningStyle = 1 };
+/// What a progress indicator looks like. AppKit: `NSProgressIndicatorStyle`.
+enum NSProgressIndicatorStyle {
+    NSProgressIndicatorBarStyle = 0,      ///< a bar
+    NSProgressIndicatorSpinningStyle = 1, ///< a wheel of spokes, or a pie
+};
 
 extern template class VXKIT_EXPORT ViewOf<QProgressBar>;
 
@@ -33,35 +36,45 @@ public:
 
     /// A bar at first. AppKit: `-style`, `-setStyle:`.
     [[nodiscard]] NSProgressIndicatorStyle indicatorStyle() const { return m_style; }
+    /// Redraws it.
     void setIndicatorStyle(NSProgressIndicatorStyle style);
 
-    /// Whether nobody knows how far it is. Yes, at first. AppKit: `-isIndeterminate`, `-setIndeterminate:`.
+    /// Whether nobody knows how far it is. Yes, at first. AppKit: `-isIndeterminate`.
     [[nodiscard]] bool isIndeterminate() const { return m_isIndeterminate; }
+    /// Redraws it. AppKit: `-setIndeterminate:`.
     void setIndeterminate(bool flag);
 
-    /// What it begins and ends with, at first 0 and 100, and how far it is. A value beyond them is kept and shown as
-    /// the nearer of them; where the end is not above the beginning, nothing is done yet. NaN changes nothing. AppKit:
-    /// `-minValue` and so on.
+    /// The value that it begins with, at first 0. AppKit: `-minValue`.
     [[nodiscard]] double minValue() const { return m_minValue; }
+    /// NaN changes nothing. AppKit: `-setMinValue:`.
     void setMinValue(double value);
+    /// The value that it ends with, at first 100; where that is not above the beginning, nothing is done yet. AppKit:
+    /// `-maxValue`.
     [[nodiscard]] double maxValue() const { return m_maxValue; }
+    /// NaN changes nothing. AppKit: `-setMaxValue:`.
     void setMaxValue(double value);
+    /// How far it is, as it was set; 0 at first. AppKit: `-doubleValue`.
     [[nodiscard]] double doubleValue() const { return m_doubleValue; }
+    /// A value beyond the ends is kept and shown as the nearer of them; NaN changes nothing. AppKit:
+    /// `-setDoubleValue:`.
     void setDoubleValue(double value);
     /// AppKit: `-incrementBy:`.
     void incrementBy(double delta) { setDoubleValue(m_doubleValue + delta); }
 
-    /// Lets an indeterminate one move, and holds it. `sender` is not looked at. AppKit: `-startAnimation:`.
+    /// Lets an indeterminate one move. `sender` is not looked at. AppKit: `-startAnimation:`.
     void startAnimation(QObject* sender);
+    /// Holds it. `sender` is not looked at. AppKit: `-stopAnimation:`.
     void stopAnimation(QObject* sender);
 
     /// Whether it is seen while it is not started and nobody knows how far it is. Yes, at first.
     /// AppKit: `-isDisplayedWhenStopped`.
     [[nodiscard]] bool isDisplayedWhenStopped() const { return m_isDisplayedWhenStopped; }
+    /// Redraws it. AppKit: `-setDisplayedWhenStopped:`.
     void setDisplayedWhenStopped(bool flag);
 
     /// Regular, 32 points for a wheel, or small, 16. AppKit: `-controlSize`.
     [[nodiscard]] NSControlSize controlSize() const { return m_controlSize; }
+    /// Changes what sizeHint answers, not the frame. AppKit: `-setControlSize:`.
     void setControlSize(NSControlSize controlSize);
 
     /// Whether it moves at this moment.
@@ -70,6 +83,7 @@ public:
     /// Takes over a range and a value that a nib has for QProgressBar's own, which make it determinate.
     void awakeFromNib() override;
 
+    /// Draws the bar, the wheel or the pie, as the style and what is known have it.
     void drawRect(const NSRect& dirtyRect) override;
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;

@@ -10,10 +10,13 @@
 
 class QFileDialog;
 
-/// Answers of the panels that ask for a file.
+/// Answer of a panel that asks for a file: the person has chosen one.
 inline constexpr int NSOKButton = 1;
+/// Answer of a panel that asks for a file: the person has chosen none.
 inline constexpr int NSCancelButton = 0;
+/// The same as NSOKButton, by the name that AppKit's file panels have for it.
 inline constexpr int NSFileHandlingPanelOKButton = NSOKButton;
+/// The same as NSCancelButton, by the name that AppKit's file panels have for it.
 inline constexpr int NSFileHandlingPanelCancelButton = NSCancelButton;
 
 /// Asks the person where to save a file.
@@ -27,6 +30,7 @@ class VXKIT_EXPORT NSSavePanel : public NSWindow {
     Q_OBJECT
 
 public:
+    /// A panel for any kind of file.
     NSSavePanel();
     ~NSSavePanel() override;
 
@@ -37,6 +41,7 @@ public:
     /// "a.txt" become "a.txt.plist". With a dot before it or without; empty, as in the beginning: names stay as they
     /// are typed. AppKit: `-setRequiredFileType:`.
     void setRequiredFileType(const QString& type);
+    /// As it was set, without the dot. AppKit: `-requiredFileType`.
     [[nodiscard]] QString requiredFileType() const { return m_requiredFileType; }
 
     /// Shows the panel in the folder `path` (the home folder where that is empty) with `file` as the proposed name, and
@@ -59,8 +64,9 @@ protected:
     /// The path that is answered for the one that the person chose; null where that may not be chosen.
     [[nodiscard]] virtual QString pathForChosen(const QString& path) const;
 
-    /// Extensions are compared without regard to case.
+    /// Whether the extension of `path` is `type`, which has no dot before it; compared without regard to case.
     [[nodiscard]] static bool hasFileType(const QString& path, const QString& type);
+    /// `type` without the dot that it may begin with.
     [[nodiscard]] static QString withoutLeadingDot(const QString& type);
 
 private:

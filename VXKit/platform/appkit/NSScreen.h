@@ -10,21 +10,24 @@
 
 #include <vector>
 
-/// Screen coordinates: the origin is the bottom left corner of the primary screen and y grows upwards, so a screen to
-/// the left of it has negative x and one below it negative y. Qt's global coordinates have y growing downwards from the
-/// top of all screens; these turn the one into the other. `primary` is the primary screen in Qt's coordinates.
+/// A rectangle in Qt's global coordinates, whose y grows downwards from the top of all screens, in screen coordinates.
+/// Their origin is the bottom left corner of the primary screen and y grows upwards, so a screen to the left of it has
+/// negative x and one below it negative y. `primary` is the primary screen in Qt's coordinates.
 [[nodiscard]] constexpr NSRect NSScreenRectFromGlobal(const QRectF& global, const QRectF& primary) {
     return {{global.x() - primary.x(), primary.y() + primary.height() - global.y() - global.height()},
             {global.width(), global.height()}};
 }
+/// The way back, from screen coordinates to Qt's.
 [[nodiscard]] constexpr QRectF NSScreenRectToGlobal(const NSRect& rect, const QRectF& primary) {
     return {rect.origin.x + primary.x(), primary.y() + primary.height() - rect.origin.y - rect.size.height,
             rect.size.width, rect.size.height};
 }
 
-/// The same with the primary screen as it is now.
+/// A rectangle in Qt's global coordinates in screen coordinates, with the primary screen as it is now.
 [[nodiscard]] VXKIT_EXPORT NSRect NSScreenRectFromGlobal(const QRectF& global);
+/// The way back, with the primary screen as it is now.
 [[nodiscard]] VXKIT_EXPORT QRectF NSScreenRectToGlobal(const NSRect& rect);
+/// A point in Qt's global coordinates in screen coordinates, with the primary screen as it is now.
 [[nodiscard]] VXKIT_EXPORT NSPoint NSScreenPointFromGlobal(const QPointF& global);
 
 /// The whole points that a widget at `rect` takes up. The edges are rounded rather than the size, so that neighbours

@@ -14,22 +14,22 @@
 
 /// The pieces of a scroller. AppKit: `NSScrollerPart`.
 enum NSScrollerPart {
-    NSScrollerNoPart = 0,
-    NSScrollerDecrementPage = 1,
-    NSScrollerKnob = 2,
-    NSScrollerIncrementPage = 3,
-    NSScrollerDecrementLine = 4,
-    NSScrollerIncrementLine = 5,
-    NSScrollerKnobSlot = 6,
+    NSScrollerNoPart = 0,        ///< none of them
+    NSScrollerDecrementPage = 1, ///< the slot before the knob
+    NSScrollerKnob = 2,          ///< the knob
+    NSScrollerIncrementPage = 3, ///< the slot behind the knob
+    NSScrollerDecrementLine = 4, ///< the arrow towards the least value
+    NSScrollerIncrementLine = 5, ///< the arrow towards the largest value
+    NSScrollerKnobSlot = 6,      ///< the whole slot that the knob moves in
 };
 
 /// Where a scroller has its arrow buttons; at either end, they are where the desktop's style has them.
 /// AppKit: `NSScrollArrowPosition`.
 enum NSScrollArrowPosition {
-    NSScrollerArrowsDefaultSetting = 0,
-    NSScrollerArrowsMaxEnd = 0,
-    NSScrollerArrowsMinEnd = 1,
-    NSScrollerArrowsNone = 2,
+    NSScrollerArrowsDefaultSetting = 0, ///< where they are by themselves
+    NSScrollerArrowsMaxEnd = 0,         ///< at the end of the largest value
+    NSScrollerArrowsMinEnd = 1,         ///< at the end of the least value
+    NSScrollerArrowsNone = 2,           ///< nowhere
 };
 
 extern template class VXKIT_EXPORT ViewOf<QScrollBar>;
@@ -53,6 +53,7 @@ class VXKIT_EXPORT NSScroller : public ViewOf<QScrollBar> {
 public:
     /// A scroller without a frame, upright.
     explicit NSScroller(QWidget* parent = nullptr);
+    /// A scroller without a frame, as QScrollBar's.
     explicit NSScroller(Qt::Orientation orientation, QWidget* parent = nullptr);
     /// Horizontal where the frame is wider than high. AppKit: `-initWithFrame:`.
     explicit NSScroller(const NSRect& frame, QWidget* parent = nullptr);
@@ -61,14 +62,17 @@ public:
     /// How thick scrollers are without their arrows: 15 points, small and mini ones 11. AppKit:
     /// `+scrollerWidthForControlSize:`.
     [[nodiscard]] static double scrollerWidthForControlSize(NSControlSize controlSize);
+    /// That of a regular one, 15 points. AppKit: `+scrollerWidth`.
     [[nodiscard]] static double scrollerWidth() { return scrollerWidthForControlSize(NSRegularControlSize); }
 
     /// The arrows are there at first. AppKit: `-setArrowsPosition:`.
     void setArrowsPosition(NSScrollArrowPosition position);
+    /// AppKit: `-arrowsPosition`.
     [[nodiscard]] NSScrollArrowPosition arrowsPosition() const { return m_arrowsPosition; }
 
     /// Regular at first. AppKit: `-setControlSize:`.
     void setControlSize(NSControlSize controlSize);
+    /// AppKit: `-controlSize`.
     [[nodiscard]] NSControlSize controlSize() const { return m_controlSize; }
 
     /// Where a piece lies; NSZeroRect for one that is not there. There is no knob, and there are no pages beside it,
@@ -83,6 +87,7 @@ public:
     /// What is seen, as a share of all there is. AppKit: `-knobProportion`.
     [[nodiscard]] double knobProportion() const;
 
+    /// Yes: y 0 is the top.
     [[nodiscard]] bool isFlipped() const override { return true; }
     [[nodiscard]] QSize sizeHint() const override;
 

@@ -12,8 +12,9 @@
 
 class NSStatusBar;
 
-/// Lengths of a status item that are no numbers of points: as wide as its view, and as wide as the bar is high.
+/// A length of a status item that is no number of points: as wide as its view.
 inline constexpr double NSVariableStatusItemLength = -1;
+/// A length of a status item that is no number of points: as wide as the bar is high.
 inline constexpr double NSSquareStatusItemLength = -2;
 
 /// An item of the status bar: a view of the application that the desktop shows beside those of other applications, in a
@@ -32,6 +33,7 @@ class VXKIT_EXPORT NSStatusItem {
     friend NSStatusBar;
 
 public:
+    /// For NSStatusBar alone.
     NSStatusItem(Passkey, NSStatusBar& statusBar, double length);
     NSStatusItem(const NSStatusItem&) = delete;
     NSStatusItem& operator=(const NSStatusItem&) = delete;
@@ -40,9 +42,9 @@ public:
     /// The bar that the item was made by. AppKit: `-statusBar`.
     [[nodiscard]] NSStatusBar& statusBar() const { return m_statusBar; }
 
-    /// The width in points, or one of the two lengths above. An item that is wider than the desktop lets it be is shown
-    /// in part. AppKit: `-length`, `-setLength:`.
+    /// The length as it was set: the width in points, or one of the two above. AppKit: `-length`.
     [[nodiscard]] double length() const;
+    /// An item that is wider than the desktop lets it be is shown in part. AppKit: `-setLength:`.
     void setLength(double length);
 
     /// The view; null before there is one. It belongs to the item. AppKit: `-view`.
@@ -59,6 +61,7 @@ public:
     /// A menu for the right mouse button, or however else the desktop lets one ask for a menu; borrowed, null for none.
     /// The left button is the view's. AppKit: `-setMenu:`.
     [[nodiscard]] QMenu* menu() const;
+    /// `menu` is not owned; one that is deleted is none any more. AppKit: `-setMenu:`.
     void setMenu(QMenu* menu);
 
     /// A text for a pointer that rests on the item. AppKit: `-setToolTip:`.

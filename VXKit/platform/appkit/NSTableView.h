@@ -47,6 +47,7 @@ public:
 
     /// Where the rows' objects come from, borrowed; null takes it away. AppKit: `-setDataSource:`.
     void setDataSource(NSArrayController* dataSource);
+    /// Null where there is none, or it is gone. AppKit: `-dataSource`.
     [[nodiscard]] NSArrayController* dataSource() const;
     /// Appends a column that shows what the data source's objects have under `identifier`, with `title` in the header.
     /// Takes the place of a model that was set before. AppKit: `-addTableColumn:`.
@@ -78,24 +79,34 @@ public:
     /// Whether all of these colours are used, or the first alone. No. Not QTableView's, which is to stay off.
     /// AppKit: `-usesAlternatingRowBackgroundColors`.
     [[nodiscard]] bool usesAlternatingRowBackgroundColors() const { return m_usesAlternatingColors; }
+    /// Redraws the table. AppKit: `-setUsesAlternatingRowBackgroundColors:`.
     void setUsesAlternatingRowBackgroundColors(bool flag);
 
     /// How high rows are, in points: 20 at first; what is not above 0 changes nothing. AppKit: `-rowHeight`.
     using QTableView::rowHeight;
     using QTableView::setRowHeight;
+    /// How high rows are, in points: 20 at first. AppKit: `-rowHeight`.
     [[nodiscard]] double rowHeight() const;
+    /// Of all rows; what is not above 0 changes nothing. AppKit: `-setRowHeight:`.
     void setRowHeight(double height);
 
+    /// Yes: y 0 is the top of what is seen below the header.
     [[nodiscard]] bool isFlipped() const override { return true; }
     /// Draws the background, the highlight and the cells; all else that QTableView draws, where there is more to draw.
     void drawRect(const NSRect& dirtyRect) override;
-    /// AppKit: `-drawBackgroundInClipRect:`, `-highlightSelectionInClipRect:`.
+    /// Draws what lies behind the rows in `clipRect`: their colours in turn, on below the last row. AppKit:
+    /// `-drawBackgroundInClipRect:`.
     virtual void drawBackgroundInClipRect(const NSRect& clipRect);
+    /// Draws what the selected rows in `clipRect` have behind them. AppKit: `-highlightSelectionInClipRect:`.
     virtual void highlightSelectionInClipRect(const NSRect& clipRect);
 
+    /// Presses the button cell under the pointer where it is enabled; all else is the table view's.
     void mouseDown(const NSEvent& event) override;
+    /// Shows a pressed cell pressed while the pointer is on it.
     void mouseDragged(const NSEvent& event) override;
+    /// Clicks the pressed cell where the pointer is still on it.
     void mouseUp(const NSEvent& event) override;
+    /// Clicks the check box of the row on the space bar; all else is the table view's.
     void keyDown(const NSEvent& event) override;
 
 protected:

@@ -38,22 +38,27 @@ public:
     explicit NSTextField(const NSRect& frame, QWidget* parent = nullptr);
     ~NSTextField() override;
 
-    /// AppKit: `-stringValue`, `-setStringValue:`.
+    /// The text; empty at first. AppKit: `-stringValue`.
     [[nodiscard]] QString stringValue() const;
+    /// Shows `string` as it is, with its line breaks. AppKit: `-setStringValue:`.
     void setStringValue(const QString& string);
 
     /// The font as it was set, whatever size the text is drawn in; the system font in its standard size at first.
     /// AppKit: `-font`, `-setFont:`.
     [[nodiscard]] NSFont font() const { return m_font; }
+    /// Lays the text out anew. AppKit: `-setFont:`.
     void setFont(const NSFont& font);
 
     /// Black at first. Text of a disabled field is drawn paler. AppKit: `-textColor`, `-setTextColor:`.
     [[nodiscard]] NSColor textColor() const { return m_textColor; }
+    /// Redraws the text. AppKit: `-setTextColor:`.
     void setTextColor(const NSColor& color);
 
     /// Whether text can be selected, with the mouse or, once it was clicked, with the keyboard, and copied. No.
     /// AppKit: `-isSelectable`, `-setSelectable:`.
     [[nodiscard]] bool isSelectable() const { return m_isSelectable; }
+    /// Lets a click give the field the keyboard; where it no longer does, nothing stays selected. AppKit:
+    /// `-setSelectable:`.
     void setSelectable(bool flag);
     /// AppKit: `-selectText:`. Selects all of it; nothing where it is not selectable.
     void selectText(QObject* sender);
@@ -63,12 +68,15 @@ public:
     /// The text with its looks; its size is that of text which nothing limits. AppKit: `-attributedStringValue`.
     [[nodiscard]] NSAttributedString attributedStringValue() const;
 
+    /// Draws the text in its colour, paler where the field is disabled, with what is selected.
     void drawRect(const NSRect& dirtyRect) override;
 
 protected:
     bool event(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    /// Selects by the mouse and the keyboard where that is wanted; all else is the label's.
     void handleAsWidget(QEvent& event) override;
+    /// As high as the frame at least, so that the last line is not cut.
     [[nodiscard]] QRect geometryForFrame(const QRectF& frame) const override;
 
 private:

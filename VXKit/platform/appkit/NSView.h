@@ -33,6 +33,7 @@ class ViewAnimator;
 /// Posted with the view as sender when its frame has changed, by views that were asked to (setPosts…).
 inline constexpr const char* NSViewFrameDidChangeNotification = "NSViewFrameDidChangeNotification";
 
+/// @{
 /// Which sides of a view are springs when its superview is resized; the others are struts. Bits of autoresizingMask.
 inline constexpr unsigned NSViewNotSizable = 0;
 inline constexpr unsigned NSViewMinXMargin = 1;
@@ -41,6 +42,7 @@ inline constexpr unsigned NSViewMaxXMargin = 4;
 inline constexpr unsigned NSViewMinYMargin = 8;
 inline constexpr unsigned NSViewHeightSizable = 16;
 inline constexpr unsigned NSViewMaxYMargin = 32;
+/// @}
 
 /// What makes a widget a view: frames with the origin at the bottom left, drawing in AppKit's terms, events as NSEvent.
 ///
@@ -51,6 +53,7 @@ inline constexpr unsigned NSViewMaxYMargin = 32;
 /// A view belongs to its superview, which deletes it; taken out, it belongs to whoever took it.
 class VXKIT_EXPORT ViewCore {
 public:
+    /// The view part of `self`, the widget that it is a base of; for ViewOf and attach alone.
     explicit ViewCore(QWidget* self);
     ViewCore(const ViewCore&) = delete;
     ViewCore& operator=(const ViewCore&) = delete;
@@ -63,13 +66,16 @@ public:
     /// already is left as it is.
     static ViewCore& attach(QWidget& plain);
 
+    /// The widget that the view is, or that it was attached to; never null.
     [[nodiscard]] QWidget* widget() const { return m_self; }
 
     /// Where the view lies in its superview, in points.
     [[nodiscard]] virtual NSRect frame() const;
     /// Places the view and, when its size changes, its subviews. A negative size is kept and shown as none.
     virtual void setFrame(const NSRect& frame);
+    /// setFrame with the size as it is. AppKit: `-setFrameOrigin:`.
     void setFrameOrigin(const NSPoint& origin);
+    /// setFrame with the origin as it is. AppKit: `-setFrameSize:`.
     void setFrameSize(const NSSize& size);
     /// Changes what is set through it by and by, as the current NSAnimationContext says; see FrameAnimator.h. A frame
     /// that is set here ends that, one that comes of the superview's size does not. AppKit: `-animator`.
@@ -80,18 +86,25 @@ public:
     /// Whether y grows downwards in the view's own coordinates, and the frames of its subviews with it. No.
     [[nodiscard]] virtual bool isFlipped() const { return false; }
 
+    /// Which sides are springs; NSViewNotSizable at first. AppKit: `-autoresizingMask`.
     [[nodiscard]] unsigned autoresizingMask() const { return m_autoresizingMask; }
+    /// Counts when the superview is next resized. AppKit: `-setAutoresizingMask:`.
     void setAutoresizingMask(unsigned mask) { m_autoresizingMask = mask; }
     /// Places the subviews anew after the view's size has changed from `oldSize`, by their masks. The springs of a
     /// direction share the change in proportion to their lengths.
     virtual void resizeSubviewsWithOldSize(const NSSize& oldSize);
 
+    /// Whether changes of the frame are posted (NSViewFrameDidChangeNotification). No. AppKit:
+    /// `-postsFrameChangedNotifications`.
     [[nodiscard]] bool postsFrameChangedNotifications() const { return m_postsFrameChangedNotifications; }
+    /// What has changed before is not posted. AppKit: `-setPostsFrameChangedNotifications:`.
     void setPostsFrameChangedNotifications(bool flag);
 
     /// Puts `view` above the other subviews; this view owns it from then on. It keeps the frame that it was given, and
     /// is shown unless it was hidden. Nothing for null.
     void addSubview(QWidget* view);
+    /// The widget that the view lies in, be it a view or a plain one; null for a window and for a view that is in none.
+    /// AppKit: `-superview`.
     [[nodiscard]] QWidget* superview() const { return m_self->isWindow() ? nullptr : m_self->parentWidget(); }
     /// The children that are not windows, from the lowest up.
     [[nodiscard]] std::vector<QWidget*> subviews() const;
@@ -100,9 +113,13 @@ public:
     /// The window that the view is in, or null: also where that is a plain window of Qt's.
     [[nodiscard]] NSWindow* window() const;
 
-    /// A rectangle or point of this view in the coordinates of `view`; of the window where that is null.
+    /// A rectangle of this view in the coordinates of `view`, which may be in another window; of this view's window
+    /// where that is null. AppKit: `-convertRect:toView:`.
     [[nodiscard]] NSRect convertRectToView(const NSRect& rect, const ViewCore* view) const;
+    /// The same for a point. AppKit: `-convertPoint:toView:`.
     [[nodiscard]] NSPoint convertPointToView(const NSPoint& point, const ViewCore* view) const;
+    /// A point of `view`, or of this view's window where that is null, in the coordinates of this view. AppKit:
+    /// `-convertPoint:fromView:`.
     [[nodiscard]] NSPoint convertPointFromView(const NSPoint& point, const ViewCore* view) const;
 
     /// Draws the part `dirtyRect` of the view, in the current graphics context, whose coordinates are the view's own.
@@ -113,15 +130,19 @@ public:
     [[nodiscard]] static const ViewCore* focusView();
     /// Redraws the whole view before it returns. Nothing while it is not shown.
     virtual void display();
-    /// Redraws the view, or a part of it, when the event loop next comes to it.
+    /// Redraws the view when the event loop next comes to it; nothing with `flag` false. AppKit: `-setNeedsDisplay:`.
     void setNeedsDisplay(bool flag);
+    /// The same for a part of the view. AppKit: `-setNeedsDisplayInRect:`.
     void setNeedsDisplayInRect(const NSRect& rect);
 
+    /// @{
     /// The view gets or loses the keyboard. Here: what the widget class does then. The answer is always yes. A view
     /// that is to go when it gets the keyboard is deleted later (deleteLater): Qt is not done with it.
     virtual bool becomeFirstResponder();
     virtual bool resignFirstResponder();
+    /// @}
 
+    /// @{
     /// Events, which the window hands to the view under the pointer or with the keyboard. Here: what the widget class
     /// does with them; where that is nothing, the superview gets the event, and at last the window.
     virtual void mouseDown(const NSEvent& event);
@@ -139,6 +160,7 @@ public:
     virtual void scrollWheel(const NSEvent& event);
     virtual void keyDown(const NSEvent& event);
     virtual void keyUp(const NSEvent& event);
+    /// @}
 
     /// Whether the click `event`, which makes the view's window the one with the keyboard, is for the view as well. If
     /// not, the window alone gets it, until the button is released. Here: no for a view with nothing in it; a widget
@@ -158,13 +180,16 @@ public:
     /// Called when the view has been loaded from a nib, with all of the nib. Here: nothing. AppKit: `-awakeFromNib`.
     virtual void awakeFromNib();
 
-    /// A rectangle of the view in Qt's coordinates of the widget, and back.
+    /// A rectangle of the view in Qt's coordinates of the widget.
     [[nodiscard]] QRectF rectToWidget(const NSRect& rect) const;
+    /// A rectangle in Qt's coordinates of the widget in those of the view; while the view is drawn, of the surface that
+    /// it is drawn on.
     [[nodiscard]] NSRect rectFromWidget(const QRectF& rect) const;
 
 protected:
-    /// What the widget class draws, and does with an event, by itself.
+    /// What the widget class draws by itself, in the widget's coordinates. Here: nothing.
     virtual void drawAsWidget(const QRect& dirtyRect);
+    /// What the widget class does with an event by itself. Here: nothing.
     virtual void handleAsWidget(QEvent& event);
 
     /// Draws what the widget class draws by itself in `color`, with the shadow that is set, as strongly as that is
@@ -175,16 +200,21 @@ protected:
     /// Where the widget is placed for a frame in Qt's coordinates of its superview. Here: its edges rounded.
     [[nodiscard]] virtual QRect geometryForFrame(const QRectF& frame) const;
 
+    /// Calls drawRect for `dirtyRegion` of `surface`, the widget or its viewport, in a graphics context of its own.
     void paint(QWidget& surface, const QRegion& dirtyRegion);
+    /// Hands an event of Qt's to the operation for it (handleEvent). The view may be gone when this returns.
     void dispatch(QEvent& event);
+    /// Calls becomeFirstResponder or resignFirstResponder, which pass `event` on to the widget class.
     void focus(QFocusEvent& event);
     /// Lays the subviews out again where the widget's size is not the one they were laid out for.
     void sizeMayHaveChanged();
     /// Posts that the frame has changed where it is not the one that was told last.
     void frameMayHaveChanged();
 
-    /// Where the widget class's own painting goes, while it is caught.
+    /// Where the widget class's own painting goes while it is caught, with where it begins there in `offset`; null, and
+    /// `offset` as it was, at other times.
     [[nodiscard]] QPaintDevice* paintCapture(QPoint* offset) const;
+    /// Whether the widget class's own painting is caught at this moment.
     [[nodiscard]] bool isCapturingPaint() const { return m_capture != nullptr; }
 
 private:
@@ -215,6 +245,7 @@ private:
 /// The viewport of a view that scrolls; there for its painting to be caught as the view's own is.
 class VXKIT_EXPORT CaptureViewport : public QWidget {
 public:
+    /// The viewport of `view`, which must outlive it.
     explicit CaptureViewport(const ViewCore& view) : m_view(view) {}
 
 protected:
@@ -234,6 +265,7 @@ public:
     ViewOf(const ViewOf&) = delete;
     ViewOf& operator=(const ViewOf&) = delete;
 
+    /// Made as the widget class is, with the same `arguments`; without a frame, unless they say where it is.
     template <class... Arguments>
     requires(!(std::is_base_of_v<ViewOf, std::remove_cvref_t<Arguments>> ||
                ...)) explicit ViewOf(Arguments&&... arguments)
@@ -244,11 +276,15 @@ public:
     using ViewCore::setFrame;
     using ViewCore::window;
 
+    /// No for a view with nothing in it; yes for any other widget class of Qt's.
     [[nodiscard]] bool acceptsFirstMouse(const NSEvent& /*event*/) const override {
         return !std::is_same_v<QtBase, QWidget>;
     }
 
 protected:
+    /// @cond
+    // Qt's events on their way to the view's operations and back to the widget class: those are what a subclass
+    // overrides.
     void paintEvent(QPaintEvent* event) override {
         if constexpr (scrolls) {
             ViewCore::paint(*this->viewport(), event->region());
@@ -326,6 +362,7 @@ protected:
     QPainter* sharedPainter() const override {
         return !scrolls && isCapturingPaint() ? nullptr : QtBase::sharedPainter();
     }
+    /// @endcond
 
 private:
     void replaceViewport() {

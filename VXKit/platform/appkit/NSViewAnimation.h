@@ -15,17 +15,22 @@
 #include <variant>
 #include <vector>
 
-/// What a description says under these keys: the view or window, where its frame begins and ends, and an effect.
+/// Key in a description: the view or window that is changed, a QPointer.
 inline constexpr const char* NSViewAnimationTargetKey = "NSViewAnimationTargetKey";
+/// Key in a description: the frame to begin with, an NSRect.
 inline constexpr const char* NSViewAnimationStartFrameKey = "NSViewAnimationStartFrameKey";
+/// Key in a description: the frame to end with, an NSRect.
 inline constexpr const char* NSViewAnimationEndFrameKey = "NSViewAnimationEndFrameKey";
+/// Key in a description: one of the effects below, a string.
 inline constexpr const char* NSViewAnimationEffectKey = "NSViewAnimationEffectKey";
 
-/// Effects. What fades in is shown at its start, what fades out is hidden (a window ordered out) at its end and has the
-/// opacity then that it had before.
+/// Effect: the target is shown at the start and becomes as opaque as it was.
 inline constexpr const char* NSViewAnimationFadeInEffect = "NSViewAnimationFadeInEffect";
+/// Effect: the target becomes transparent, is hidden at the end (a window ordered out) and has the opacity then that it
+/// had before.
 inline constexpr const char* NSViewAnimationFadeOutEffect = "NSViewAnimationFadeOutEffect";
 
+/// A value in a description; of which type, its key says.
 using NSViewAnimationValue = std::variant<QPointer<QWidget>, NSRect, std::string>;
 /// What is to happen to one view or window. Without a frame to begin with it begins where it is, without one to end
 /// with it ends there; values of another type than the key's, and unknown effects, count as not there.
@@ -43,12 +48,16 @@ public:
     explicit NSViewAnimation(std::vector<NSViewAnimationDescription> viewAnimations = {});
     ~NSViewAnimation() override;
 
+    /// What is to happen, as it was set. AppKit: `-viewAnimations`.
     [[nodiscard]] const std::vector<NSViewAnimationDescription>& viewAnimations() const { return m_viewAnimations; }
     /// Counts for the next start. AppKit: `-setViewAnimations:`.
     void setViewAnimations(std::vector<NSViewAnimationDescription> viewAnimations);
 
+    /// Begins with what is described at this moment.
     void startAnimation() override;
+    /// Leaves the frames as they are then, and gives what fades its own opacity again.
     void stopAnimation() override;
+    /// Moves and fades all targets to the value that belongs to `progress`; with 1 the effects are finished.
     void setCurrentProgress(float progress) override;
 
 protected:

@@ -19,44 +19,76 @@
 #include <optional>
 #include <vector>
 
-/// Posted with the window as sender, after what their names say; will-close before.
+/// Posted with the window as sender when its frame has another origin, before NSWindowDidResizeNotification.
 inline constexpr const char* NSWindowDidMoveNotification = "NSWindowDidMoveNotification";
+/// Posted with the window as sender when its frame has another size.
 inline constexpr const char* NSWindowDidResizeNotification = "NSWindowDidResizeNotification";
+/// Posted with the window as sender when it has got the keyboard.
 inline constexpr const char* NSWindowDidBecomeKeyNotification = "NSWindowDidBecomeKeyNotification";
+/// Posted with the window as sender when it has lost the keyboard.
 inline constexpr const char* NSWindowDidResignKeyNotification = "NSWindowDidResignKeyNotification";
+/// Posted with the window as sender when it has become the one that commands go to.
 inline constexpr const char* NSWindowDidBecomeMainNotification = "NSWindowDidBecomeMainNotification";
+/// Posted with the window as sender when commands go to it no more.
 inline constexpr const char* NSWindowDidResignMainNotification = "NSWindowDidResignMainNotification";
+/// Posted with the window as sender before it closes.
 inline constexpr const char* NSWindowWillCloseNotification = "NSWindowWillCloseNotification";
 
-/// Bits of a window's style. A borderless window has no frame and no title bar.
+/// A window's style without any of the bits below: no frame and no title bar.
 inline constexpr unsigned NSBorderlessWindowMask = 0;
+/// The window has a frame and a title bar, and may have the keyboard (NSWindow::canBecomeKeyWindow).
 inline constexpr unsigned NSTitledWindowMask = 1;
+/// The title bar of a titled window has a button that closes it.
 inline constexpr unsigned NSClosableWindowMask = 2;
+/// The title bar of a titled window has a button that minimizes it.
 inline constexpr unsigned NSMiniaturizableWindowMask = 4;
+/// The person may resize the window by its frame, within its least and largest size; a titled one has a button that
+/// maximizes it.
 inline constexpr unsigned NSResizableWindowMask = 8;
 
 /// How a window keeps its pixels. Every window here is buffered, whatever is asked.
-enum NSBackingStoreType { NSBackingStoreRetained = 0, NSBackingStoreNonretained = 1, NSBackingStoreBuffered = 2 };
+enum NSBackingStoreType {
+    NSBackingStoreRetained = 0,    ///< by the window server where it is covered
+    NSBackingStoreNonretained = 1, ///< not at all
+    NSBackingStoreBuffered = 2,    ///< whole, and shown when it is drawn
+};
 
-enum NSWindowOrderingMode { NSWindowBelow = -1, NSWindowOut = 0, NSWindowAbove = 1 };
+/// What NSWindow::orderWindow does. AppKit: `NSWindowOrderingMode`.
+enum NSWindowOrderingMode {
+    NSWindowBelow = -1, ///< orders the window in, below another
+    NSWindowOut = 0,    ///< orders the window out
+    NSWindowAbove = 1,  ///< orders the window in, above another
+};
 
+/// The window is on one desktop, as other programs' windows are.
 inline constexpr unsigned NSWindowCollectionBehaviorDefault = 0;
 /// The window is on every desktop.
 inline constexpr unsigned NSWindowCollectionBehaviorCanJoinAllSpaces = 1;
 
+/// The level of ordinary windows, and of a window at first.
 inline constexpr int NSNormalWindowLevel = 0;
+/// The level of palettes, above ordinary windows.
 inline constexpr int NSFloatingWindowLevel = 3;
+/// The level at which the kit's alerts and panels float.
 inline constexpr int NSModalPanelWindowLevel = 8;
+/// The level of a menu bar.
 inline constexpr int NSMainMenuWindowLevel = 24;
+/// The level of status items.
 inline constexpr int NSStatusWindowLevel = 25;
+/// The level of open menus, the highest here.
 inline constexpr int NSPopUpMenuWindowLevel = 101;
 
-/// Numbers that name a level; the kit's windows float at that of the modal panel.
+/// Number by which CGWindowLevelForKey knows NSNormalWindowLevel.
 inline constexpr int kCGNormalWindowLevelKey = 4;
+/// Number by which CGWindowLevelForKey knows NSFloatingWindowLevel.
 inline constexpr int kCGFloatingWindowLevelKey = 5;
+/// Number by which CGWindowLevelForKey knows NSMainMenuWindowLevel.
 inline constexpr int kCGMainMenuWindowLevelKey = 8;
+/// Number by which CGWindowLevelForKey knows NSStatusWindowLevel.
 inline constexpr int kCGStatusWindowLevelKey = 9;
+/// Number by which CGWindowLevelForKey knows NSModalPanelWindowLevel; the kit's windows float at that.
 inline constexpr int kCGModalPanelWindowLevelKey = 10;
+/// Number by which CGWindowLevelForKey knows NSPopUpMenuWindowLevel.
 inline constexpr int kCGPopUpMenuWindowLevelKey = 11;
 
 /// The level that goes by the number `key`; the normal one for a number without a level.
@@ -89,9 +121,11 @@ class QPainter;
 class WindowAnimator;
 
 /// Windows do not change on the screen until NSEnableScreenUpdates has been called as often: those that are ordered out
-/// or lose their opacity meanwhile stay as they are, so that what comes in their place is there before they go. An
-/// enable without a disable is ignored.
+/// or lose their opacity meanwhile stay as they are, so that what comes in their place is there before they go. AppKit:
+/// the function of the same name.
 VXKIT_EXPORT void NSDisableScreenUpdates();
+/// Takes one NSDisableScreenUpdates back; with the last one, everything that waited is done. Without one it is ignored.
+/// AppKit: the function of the same name.
 VXKIT_EXPORT void NSEnableScreenUpdates();
 
 /// Fills `rect` of the view that is just drawn with what its window has for a background, in place of what is there: a
@@ -140,49 +174,69 @@ public:
     /// AppKit: `-animationResizeTime:`.
     [[nodiscard]] virtual double animationResizeTime(const NSRect& newFrame) const;
 
-    /// The frame around a content, and the content of a frame. The same for a borderless window. Of others, as far as
-    /// the window manager has told the width of its borders. AppKit: `-frameRectForContentRect:` and its opposite.
+    /// The frame around a content of `contentRect`. The same for a borderless window; of others, as far as the window
+    /// manager has told the width of its borders. AppKit: `-frameRectForContentRect:`.
     [[nodiscard]] NSRect frameRectForContentRect(const NSRect& contentRect) const;
+    /// The content within a frame of `frame`, with borders as above. AppKit: `-contentRectForFrameRect:`.
     [[nodiscard]] NSRect contentRectForFrameRect(const NSRect& frame) const;
 
-    /// The least and the largest size of the frame; what dragging a corner keeps to, and for a managed resizable
-    /// window the window manager. Setting them does not change the window. (0, 0) and the largest number at first.
+    /// The least size of the frame, (0, 0) at first: what dragging a corner keeps to, and for a managed resizable
+    /// window the window manager. AppKit: `-minSize`.
     [[nodiscard]] NSSize minSize() const { return m_minSize; }
+    /// Does not change the window, even where that is smaller. AppKit: `-setMinSize:`.
     void setMinSize(const NSSize& size);
+    /// The largest size of the frame, kept to as the least one is; the largest number of a `float` at first. AppKit:
+    /// `-maxSize`.
     [[nodiscard]] NSSize maxSize() const { return m_maxSize; }
+    /// Does not change the window, even where that is larger. AppKit: `-setMaxSize:`.
     void setMaxSize(const NSSize& size);
 
+    /// The bits of the style that the window was made with. AppKit: `-styleMask`.
     [[nodiscard]] unsigned styleMask() const { return m_styleMask; }
 
-    /// The view that fills the window; it belongs to it. The one before is deleted. Never null.
+    /// The view that fills the window, which owns it; an empty NSView at first, never null. AppKit: `-contentView`.
     [[nodiscard]] QWidget* contentView() const { return m_contentView; }
+    /// Takes `view` over and fills the window with it; the one before is deleted. Nothing for null. AppKit:
+    /// `-setContentView:`.
     void setContentView(QWidget* view);
 
-    /// Which windows lie above which. On a managed window, any above the normal level keeps it above the others.
+    /// Which windows lie above which: those of a higher level above those of a lower one. AppKit: `-level`.
     [[nodiscard]] int level() const { return m_level; }
+    /// Puts a window that is shown on top of its new level. On a managed window, any above the normal level keeps it
+    /// above other programs' windows. AppKit: `-setLevel:`.
     void setLevel(int level);
     /// The number by which the window server knows the window; -1 before it was first ordered in, and for a one-shot
     /// window whenever it is out.
     [[nodiscard]] int windowNumber() const { return m_windowNumber; }
     /// Whether the window server forgets the window when it is ordered out. No.
     [[nodiscard]] bool isOneShot() const { return m_isOneShot; }
+    /// Counts when the window is next ordered out. AppKit: `-setOneShot:`.
     void setOneShot(bool flag) { m_isOneShot = flag; }
+    /// On which desktops the window is: NSWindowCollectionBehaviorDefault at first. AppKit: `-collectionBehavior`.
     [[nodiscard]] unsigned collectionBehavior() const { return m_collectionBehavior; }
+    /// Bits that are not named above are kept and make no difference. AppKit: `-setCollectionBehavior:`.
     void setCollectionBehavior(unsigned behavior);
+    /// Who puts the window in its place: the window manager, at first. AppKit needs none.
     [[nodiscard]] NSWindowManagement management() const { return m_management; }
     /// To be called while the window is out. One that the window server knows gets a new number.
     void setManagement(NSWindowManagement management);
 
+    /// Yes, at first. AppKit: `-isOpaque`.
     [[nodiscard]] bool isOpaque() const { return m_isOpaque; }
     /// Whether the window covers all of its frame. To be called before the window is first ordered in.
     void setOpaque(bool flag);
+    /// What setHasShadow said. AppKit: `-hasShadow`.
     [[nodiscard]] bool hasShadow() const { return m_hasShadow; }
     /// Whether a window manager draws one; the kit's own is another (setUpWindowShadow). Yes.
     void setHasShadow(bool flag) { m_hasShadow = flag; }
+    /// The opacity of the whole window, as it was set; 1 at first. AppKit: `-alphaValue`.
     [[nodiscard]] double alphaValue() const { return m_alphaValue; }
     /// From 0, which cannot be seen, to 1. Without a compositing manager anything above 0 is 1.
     void setAlphaValue(double alpha);
+    /// What the window paints below its views. AppKit: `-backgroundColor`.
     [[nodiscard]] const NSColor& backgroundColor() const { return m_backgroundColor; }
+    /// Redraws the window; where it is not opaque, what of `color` is transparent lets clicks through. AppKit:
+    /// `-setBackgroundColor:`.
     virtual void setBackgroundColor(const NSColor& color);
 
     /// Blurs what shines through the window, where the desktop offers that, within its shape. 0, the radius at first,
@@ -197,6 +251,7 @@ public:
     /// Whether the mouse goes through the window to what lies behind, and screen readers past it: there is nothing to
     /// do in it. No. AppKit: `-ignoresMouseEvents`.
     [[nodiscard]] bool ignoresMouseEvents() const { return m_ignoresMouseEvents; }
+    /// Takes effect at once. AppKit: `-setIgnoresMouseEvents:`.
     void setIgnoresMouseEvents(bool flag);
 
     /// Redraws the window and its views before it returns. Nothing while it is not shown. AppKit: `-display`.
@@ -205,6 +260,7 @@ public:
     /// Shows the window above the others of its level, without giving it the keyboard; one that was out is redrawn.
     /// `sender` is not looked at.
     void orderFront(QObject* sender);
+    /// Shows the window below the others of its level. AppKit: `-orderBack:`.
     void orderBack(QObject* sender);
     /// Takes the window off the screen. Where it had the keyboard, that goes to the modal window, or to the topmost of
     /// the application's that can take it.
@@ -224,23 +280,33 @@ public:
 
     /// The window deletes itself when it is closed. No.
     [[nodiscard]] bool isReleasedWhenClosed() const { return testAttribute(Qt::WA_DeleteOnClose); }
+    /// To be set for a window that nobody else owns. AppKit: `-setReleasedWhenClosed:`.
     void setReleasedWhenClosed(bool flag) { setAttribute(Qt::WA_DeleteOnClose, flag); }
 
-    /// Windows that move with this one, and are ordered in and out with it; `place` says on which side they lie. A
-    /// child is owned by whoever made it. AppKit: `-addChildWindow:ordered:`.
+    /// Lets `child` move with this window, and be ordered in and out with it; `place` says on which side it lies. It
+    /// leaves the parent that it had, and is owned by whoever made it. Nothing for null and the window itself. AppKit:
+    /// `-addChildWindow:ordered:`.
     void addChildWindow(NSWindow* child, NSWindowOrderingMode place);
+    /// Lets `child` go where it is; nothing for a window that is no child of this one. AppKit: `-removeChildWindow:`.
     void removeChildWindow(NSWindow* child);
+    /// The children in the order in which they were added. AppKit: `-childWindows`.
     [[nodiscard]] std::vector<NSWindow*> childWindows() const;
+    /// The window that this one is a child of, or null. AppKit: `-parentWindow`.
     [[nodiscard]] NSWindow* parentWindow() const { return m_parentWindow; }
 
     /// Whether the window looks and moves like a sheet, which the kit's own emulation of one says of it.
     [[nodiscard]] bool isSheet() const { return m_isSheet; }
+    /// Changes nothing but what isSheet answers.
     void _setSheet(bool flag) { m_isSheet = flag; }
 
-    /// Whether the window may take the keyboard, and be the one that commands go to. A borderless one may not.
+    /// Whether the window may take the keyboard. A borderless one may not. AppKit: `-canBecomeKeyWindow`.
     [[nodiscard]] virtual bool canBecomeKeyWindow() const;
+    /// Whether the window may be the one that commands go to: a titled one, while it is shown. AppKit:
+    /// `-canBecomeMainWindow`.
     [[nodiscard]] virtual bool canBecomeMainWindow() const;
+    /// Whether the window has the keyboard. AppKit: `-isKeyWindow`.
     [[nodiscard]] bool isKeyWindow() const { return m_isKey; }
+    /// Whether the window is the one that commands go to. AppKit: `-isMainWindow`.
     [[nodiscard]] bool isMainWindow() const;
     /// Called when the window has got the keyboard; called by itself, takes it. AppKit: `-becomeKeyWindow`.
     virtual void becomeKeyWindow();
@@ -256,26 +322,30 @@ public:
     /// The button that Return and the keypad's Enter press wherever the keyboard is in the window, unless a view
     /// answers them as key equivalents itself. Null takes it back. AppKit: `-setDefaultButtonCell:`.
     void setDefaultButtonCell(const NSButtonCell* cell);
+    /// The cell of that button as it is now; null where there is none, or it is gone. AppKit: `-defaultButtonCell`.
     [[nodiscard]] NSButtonCell* defaultButtonCell() const;
 
     /// Every event of the mouse and the keyboard for the window comes here first; this hands it on to its view, and to
     /// nobody where a subclass does not call it. Keys are offered to the views as key equivalents before that.
     /// AppKit: `-sendEvent:`.
     virtual void sendEvent(const NSEvent& event);
+    /// @{
     /// Events that no view had a use for. Here: nothing. AppKit: `-mouseDown:` and its kin.
     virtual void mouseDown(const NSEvent& event);
     virtual void mouseDragged(const NSEvent& event);
     virtual void mouseUp(const NSEvent& event);
     virtual void rightMouseDown(const NSEvent& event);
     virtual void keyDown(const NSEvent& event);
+    /// @}
 
     /// Called when the window has been loaded from a nib, or by its owner where there is none. Here: nothing.
     virtual void awakeFromNib();
 
     /// All windows of the application, the lowest first. AppKit: `NSApplication -windows`.
     [[nodiscard]] static std::vector<NSWindow*> windows();
-    /// The window with the keyboard, and the one that commands go to; null where there is none.
+    /// The window of the application with the keyboard; null where there is none. AppKit: `NSApplication -keyWindow`.
     [[nodiscard]] static NSWindow* keyWindow();
+    /// The window that commands go to; null where there is none. AppKit: `NSApplication -mainWindow`.
     [[nodiscard]] static NSWindow* mainWindow();
 
 protected:

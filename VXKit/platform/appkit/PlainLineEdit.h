@@ -23,14 +23,17 @@ extern template class VXKIT_EXPORT ViewOf<QLineEdit>;
 /// translucent, so that the ground shows; text of a disabled field is paler.
 class VXKIT_EXPORT PlainLineEdit : public ViewOf<QLineEdit> {
 public:
+    /// An empty field without a frame, for a layout of Qt's.
     explicit PlainLineEdit(QWidget* parent = nullptr);
 
-    /// The text. A null string set is the empty one. AppKit: `-stringValue`, `-setStringValue:`.
+    /// The text. AppKit: `-stringValue`.
     [[nodiscard]] QString stringValue() const;
+    /// A null string is the empty one. AppKit: `-setStringValue:`.
     void setStringValue(const QString& string);
 
     /// The system font of 12 points at first. AppKit: `-font`, `-setFont:`.
     [[nodiscard]] NSFont font() const { return m_font; }
+    /// AppKit: `-setFont:`.
     void setFont(const NSFont& font);
 
     /// Whether the view gets the keys of its window, be that active or not.
@@ -47,6 +50,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    /// Pastes without line breaks, by the keys for it and by the middle mouse button; all else is the line edit's.
     void handleAsWidget(QEvent& event) override;
     void changeEvent(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;

@@ -32,10 +32,13 @@ public:
     /// Where the picture is.
     [[nodiscard]] NSRect frame() const override { return m_pictureFrame; }
     using NSWindow::setFrame;
+    /// Moves the picture, not the window; posts what changed as any window does.
     void setFrame(const NSRect& frame, bool display) override;
+    /// The stage, whatever `frame` is: there the window itself stays.
     [[nodiscard]] NSRect constrainFrameRect(const NSRect& frame) const override;
 
 protected:
+    /// The picture where it is.
     void drawCoverage() const override;
 
 private:

@@ -21,6 +21,7 @@ public:
     WebFrame(const WebFrame&) = delete;
     WebFrame& operator=(const WebFrame&) = delete;
 
+    /// The view that shows the page, which owns this. WebKit: `-webView`.
     [[nodiscard]] WebView& webView() const { return m_webView; }
 
     /// Loads the page at the request's address (http, https, file or qrc), which replaces what is loading. Its method
@@ -54,9 +55,11 @@ class VXKIT_EXPORT WebView : public NSView {
     Q_OBJECT
 
 public:
+    /// A view without a page and a frame.
     explicit WebView(QWidget* parent = nullptr);
     ~WebView() override;
 
+    /// What loads pages into the view. WebKit: `-mainFrame`.
     [[nodiscard]] WebFrame& mainFrame() { return m_mainFrame; }
 
     /// Where the page comes from; empty before the first. WebKit: `-mainFrameURL`.
@@ -64,35 +67,46 @@ public:
     /// The title that the page gives itself; may be empty. WebKit: `-mainFrameTitle`.
     [[nodiscard]] QString mainFrameTitle() const { return m_title; }
 
+    /// Whether a page is being loaded. WebKit: `-isLoading`.
     [[nodiscard]] bool isLoading() const { return m_isLoading; }
     /// How much of what is loading is there, from 0 to 1; 0 when nothing is. WebKit: `-estimatedProgress`.
     [[nodiscard]] double estimatedProgress() const { return m_isLoading ? m_progress : 0; }
 
+    /// Whether the view has shown a page before this one. WebKit: `-canGoBack`.
     [[nodiscard]] bool canGoBack() const;
+    /// Whether the way back has left a page to go forward to. WebKit: `-canGoForward`.
     [[nodiscard]] bool canGoForward() const;
-    /// To the page before or after, of those that this view has shown. Nothing where there is none.
+    /// To the page before, of those that this view has shown. Nothing where there is none. WebKit: `-goBack`.
     void goBack();
+    /// To the page after, likewise. WebKit: `-goForward`.
     void goForward();
 
     /// How large pages are shown, as a factor: 1 at first. WebKit: `-pageSizeMultiplier`.
     [[nodiscard]] double pageSizeMultiplier() const;
+    /// Whether there is a larger size. WebKit: `-canZoomPageIn`.
     [[nodiscard]] bool canZoomPageIn() const;
+    /// Whether there is a smaller size. WebKit: `-canZoomPageOut`.
     [[nodiscard]] bool canZoomPageOut() const;
-    /// The next larger or smaller of the sizes from 0.5 to 3, or 1. WebKit: `-zoomPageIn:` and its kin.
+    /// The next larger of the sizes from 0.5 to 3. WebKit: `-zoomPageIn:`.
     void zoomPageIn();
+    /// The next smaller of them. WebKit: `-zoomPageOut:`.
     void zoomPageOut();
+    /// The size 1. WebKit: `-resetPageZoom:`.
     void resetPageZoom();
 
 Q_SIGNALS:
-    /// For the lifetime of each load: one start, progress, one end. A load whose place another takes has no end of its
-    /// own.
+    /// A page is being loaded. Each load tells of one start, its progress and one end; one whose place another takes
+    /// has no end of its own.
     void loadingStarted();
+    /// Another share of the page is there: from 0 to 1.
     void estimatedProgressChanged(double progress);
     /// `reason` is empty where the page at `url` is shown now; otherwise what was there before still is.
     void loadingFinished(const QString& reason, const QUrl& url);
+    /// The page has another title; empty where it has none.
     void titleChanged(const QString& title);
     /// The address, or what canGoBack and canGoForward answer, is another.
     void historyChanged();
+    /// Pages are shown in another size.
     void pageSizeMultiplierChanged(double multiplier);
 
 protected:

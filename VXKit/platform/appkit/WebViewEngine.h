@@ -24,10 +24,11 @@ class VXKIT_EXPORT WebViewEngine : public QObject {
 public:
     /// Where a page may come from.
     enum class Caching {
-        Allowed,
+        Allowed,  ///< from wherever it was kept, or from its server
         Bypassed, ///< from its server, and all that belongs to it
     };
 
+    /// For the engines; hosts get one by VXMakeWebViewEngine.
     WebViewEngine();
     ~WebViewEngine() override;
 
@@ -40,13 +41,19 @@ public:
     virtual void reload() = 0;
     /// Ends what is loading; where no page is shown that is a failure.
     virtual void stop() = 0;
+    /// The address of the page that is shown; empty before the first.
     [[nodiscard]] virtual QUrl url() const = 0;
 
+    /// Whether there is a page before the one that is shown.
     [[nodiscard]] virtual bool canGoBack() const = 0;
+    /// Whether there is a page after it.
     [[nodiscard]] virtual bool canGoForward() const = 0;
+    /// Loads the page before; nothing where there is none.
     virtual void goBack() = 0;
+    /// Loads the page after; nothing where there is none.
     virtual void goForward() = 0;
 
+    /// Shows pages `factor` times as large as they are by themselves.
     virtual void setZoom(double factor) = 0;
     /// Forgets what was fetched before. What is shown stays.
     virtual void clearCache() = 0;
@@ -54,11 +61,13 @@ public:
     virtual void readText(std::function<void(const QString& text)> receiver) const = 0;
 
 Q_SIGNALS:
+    /// A load has begun.
     void loadingStarted();
     /// How much of the page is there, from 0 to 1.
     void progressed(double progress);
     /// Without a reason the page at `url` is shown; otherwise it is the one before or none.
     void loadingFinished(const QString& reason, const QUrl& url);
+    /// The page has another title; empty where it has none.
     void titleChanged(const QString& title);
     /// The address or the way back and forward is another.
     void historyChanged();
@@ -92,4 +101,4 @@ Q_DECLARE_INTERFACE(WebViewEnginePlugin, "org.vxkit.WebViewEnginePlugin/1")
 [[nodiscard]] VXKIT_EXPORT std::unique_ptr<WebViewEngine> VXMakeWebViewEngine(QWidget& parent);
 
 /// Whether there is such a plugin, be it fit to run or not. Needs no application object.
-[[nodiscard]] bool VXHasWebEnginePlugin();
+[[nodiscard]] VXKIT_EXPORT bool VXHasWebEnginePlugin();

@@ -12,17 +12,18 @@
 
 /// Whether an answer may come out of a cache. The values are AppKit's.
 enum class NSURLRequestCachePolicy : std::uint8_t {
-    UseProtocolCachePolicy = 0,
-    ReloadIgnoringLocalCacheData = 1,
+    UseProtocolCachePolicy = 0,       ///< where the protocol allows it
+    ReloadIgnoringLocalCacheData = 1, ///< never: the server is asked
 };
 
 /// What is asked of a server. Stands for AppKit's class of the same name.
 struct NSURLRequest {
-    QUrl url;
+    QUrl url; ///< of what is asked for
+    /// Whether a kept answer will do.
     NSURLRequestCachePolicy cachePolicy = NSURLRequestCachePolicy::UseProtocolCachePolicy;
-    double timeoutInterval = 60; ///< seconds without a byte after which it is given up
-    QByteArray httpMethod = QByteArrayLiteral("GET");
-    QByteArray httpBody; ///< sent as a form ("application/x-www-form-urlencoded")
+    double timeoutInterval = 60;                      ///< seconds without a byte after which it is given up
+    QByteArray httpMethod = QByteArrayLiteral("GET"); ///< "GET", "POST" and so on
+    QByteArray httpBody;                              ///< sent as a form ("application/x-www-form-urlencoded")
 };
 
 /// Exchanges over HTTP. Stands for AppKit's class of the same name.

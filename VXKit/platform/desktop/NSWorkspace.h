@@ -12,18 +12,21 @@
 #include <optional>
 #include <vector>
 
-/// Keys of the dictionaries that describe an application: its display name and the path of its program (strings), and
-/// the two words of its process serial number (numbers).
+/// Key of the dictionary that describes an application: the name that it goes by, a string.
 inline constexpr const char* NSApplicationNameKey = "NSApplicationName";
+/// Key of the dictionary that describes an application: the path of its program, a string.
 inline constexpr const char* NSApplicationPathKey = "NSApplicationPath";
+/// Key of the dictionary that describes an application: ProcessSerialNumber::highLongOfPSN.
 inline constexpr const char* NSApplicationProcessSerialNumberHighKey = "NSApplicationProcessSerialNumberHigh";
+/// Key of the dictionary that describes an application: ProcessSerialNumber::lowLongOfPSN.
 inline constexpr const char* NSApplicationProcessSerialNumberLowKey = "NSApplicationProcessSerialNumberLow";
 
 /// What names a running process to the window server.
 struct ProcessSerialNumber {
-    std::uint32_t highLongOfPSN = 0;
-    std::uint32_t lowLongOfPSN = 0;
+    std::uint32_t highLongOfPSN = 0; ///< the upper word: 0 for every process here
+    std::uint32_t lowLongOfPSN = 0;  ///< the lower word: the process identifier
 
+    /// Whether both name the same process.
     friend bool operator==(ProcessSerialNumber, ProcessSerialNumber) = default;
 };
 

@@ -27,6 +27,7 @@ class VXKIT_EXPORT WindowEffects : public QObject {
     Q_OBJECT
 
 public:
+    /// What isAvailable tells of.
     enum class Effect {
         Shadow,           ///< setShadow
         Blur,             ///< setBlur
@@ -37,8 +38,12 @@ public:
         PressesElsewhere, ///< setWatchesPresses
     };
     /// Which side of another window.
-    enum class Place { Above, Below };
+    enum class Place {
+        Above, ///< nearer to the person
+        Below, ///< farther from the person
+    };
 
+    /// For the backends; hosts ask sharedEffects.
     explicit WindowEffects(QObject* parent = nullptr);
     ~WindowEffects() override;
 

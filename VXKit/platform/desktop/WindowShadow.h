@@ -13,6 +13,7 @@ struct WindowShadow {
     int offsetX = 0;              ///< to the right, in points
     int offsetY = 0;              ///< downwards, in points
 
+    /// Exactly the same numbers; NaN is equal to nothing.
     friend bool operator==(const WindowShadow&, const WindowShadow&) = default;
 };
 

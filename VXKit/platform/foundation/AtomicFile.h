@@ -24,12 +24,13 @@
 
 /// What can be told about a regular file without reading it. Times are in nanoseconds since 1970.
 struct VXFileState {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    std::int64_t size = 0;
+    std::uint64_t device = 0;  ///< number of the file system that it lies on
+    std::uint64_t inode = 0;   ///< its number there
+    std::int64_t size = 0;     ///< in bytes
     std::int64_t modified = 0; ///< when its content was last written; programs may set it to what they like
     std::int64_t changed = 0;  ///< when anything about it last changed, a link to it included; nobody can set it
 
+    /// Whether nothing can be told apart: in all likelihood the same content.
     friend bool operator==(const VXFileState&, const VXFileState&) = default;
 };
 

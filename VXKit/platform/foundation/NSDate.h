@@ -30,7 +30,9 @@ public:
     /// Whether both denote the same instant. AppKit: `-isEqualToDate:`.
     [[nodiscard]] constexpr bool isEqualToDate(NSDate other) const { return m_seconds == other.m_seconds; }
 
+    /// The same as isEqualToDate.
     friend constexpr bool operator==(NSDate left, NSDate right) { return left.isEqualToDate(right); }
+    /// The earlier is the less; never unordered. AppKit: `-compare:`.
     friend constexpr std::partial_ordering operator<=>(NSDate left, NSDate right) {
         return left.m_seconds <=> right.m_seconds;
     }

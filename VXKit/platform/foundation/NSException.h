@@ -30,7 +30,9 @@ public:
     /// `name` says what kind of exception this is, `reason` what happened, for a person to read, and `userInfo`
     /// whatever else may help.
     NSException(const char* name, const QString& reason, std::optional<NSDictionary> userInfo = std::nullopt);
+    /// A copy tells the same, the stack included.
     NSException(const NSException&);
+    /// Tells what the other tells from then on.
     NSException& operator=(const NSException&);
     ~NSException() override;
 
@@ -38,8 +40,11 @@ public:
     /// has. AppKit needs none, where everything thrown is an NSException.
     [[nodiscard]] static NSException exceptionWith(const std::exception& exception);
 
+    /// What kind of exception this is. AppKit: `-name`.
     [[nodiscard]] QString name() const { return m_name; }
+    /// What happened, for a person to read; may be null. AppKit: `-reason`.
     [[nodiscard]] QString reason() const { return m_reason; }
+    /// Whatever else it was given; nothing where that is nothing. AppKit: `-userInfo`.
     [[nodiscard]] const std::optional<NSDictionary>& userInfo() const { return m_userInfo; }
 
     /// The stack of the code that made the exception, innermost first: which is who threw it. Empty where that was not

@@ -28,15 +28,16 @@ namespace VXFormat {
 enum Role : unsigned {
     IntegerRole = 1U << 0U,     ///< an integer of at most 32 bits
     LongIntegerRole = 1U << 1U, ///< an integer of 64 bits
-    RealRole = 1U << 2U,
-    LongRealRole = 1U << 3U,
-    TextRole = 1U << 4U,
-    PointerRole = 1U << 5U,
-    ObjectRole = 1U << 6U,
+    RealRole = 1U << 2U,        ///< a `float` or `double`
+    LongRealRole = 1U << 3U,    ///< a `long double`
+    TextRole = 1U << 4U,        ///< text by `%s`
+    PointerRole = 1U << 5U,     ///< an address by `%p`
+    ObjectRole = 1U << 6U,      ///< whatever `%@` takes
 };
 
+/// The length modifier of a conversion.
 enum class Length : std::uint8_t {
-    None,
+    None,       ///< no modifier
     Char,       ///< hh
     Short,      ///< h
     Long,       ///< l, ll, q, j, z, t: all 64 bits wide here
@@ -45,9 +46,14 @@ enum class Length : std::uint8_t {
 
 /// A width or a precision: absent, a number in the format, or taken from the arguments.
 struct Measure {
-    enum Source : std::uint8_t { Absent, Literal, Argument };
-    Source source = Absent;
-    int value = 0;
+    /// Where the number comes from.
+    enum Source : std::uint8_t {
+        Absent,   ///< there is none
+        Literal,  ///< it stands in the format
+        Argument, ///< an asterisk stands for the next argument
+    };
+    Source source = Absent; ///< where it comes from
+    int value = 0;          ///< the number of a Literal
 };
 
 /// A width and the precision of a number end here, so that no format can ask for gigabytes.
@@ -55,12 +61,12 @@ inline constexpr int largestMeasure = 9999;
 
 /// One conversion directive, from its percent sign to its conversion character.
 struct Directive {
-    std::string_view flags;
-    Measure width;
-    Measure precision;
-    Length length = Length::None;
-    char conversion = '\0'; ///< NUL where the format ends in the middle of a directive
-    std::size_t end = 0;    ///< position behind it
+    std::string_view flags;       ///< of `-+ #0'`, as they stand
+    Measure width;                ///< of at least so many characters
+    Measure precision;            ///< behind the full stop; a bare one counts as 0
+    Length length = Length::None; ///< its length modifier
+    char conversion = '\0';       ///< NUL where the format ends in the middle of a directive
+    std::size_t end = 0;          ///< position behind it
 
     /// The Role it wants of its argument; 0 when it is no valid directive. `%%` wants none and has none: ask first.
     [[nodiscard]] constexpr unsigned role() const {
@@ -97,6 +103,7 @@ struct Directive {
     }
 };
 
+/// Reads a width or a precision at `position`, and goes on behind it.
 constexpr Measure parseMeasure(std::string_view format, std::size_t& position) {
     if (position < format.size() && format[position] == '*') {
         ++position;
@@ -114,6 +121,7 @@ constexpr Measure parseMeasure(std::string_view format, std::size_t& position) {
     return measure;
 }
 
+/// Reads a length modifier at `position`, and goes on behind it.
 constexpr Length parseLength(std::string_view format, std::size_t& position) {
     const auto is = [&](std::size_t offset, char character) {
         return position + offset < format.size() && format[position + offset] == character;
@@ -162,7 +170,14 @@ constexpr Directive parseDirective(std::string_view format, std::size_t percent)
     return directive;
 }
 
-enum class Fault : std::uint8_t { None, UnknownConversion, TooFewArguments, TooManyArguments, WrongArgumentType };
+/// What is wrong with a format.
+enum class Fault : std::uint8_t {
+    None,              ///< it fits its arguments
+    UnknownConversion, ///< a percent sign begins no conversion
+    TooFewArguments,   ///< a conversion is left without an argument
+    TooManyArguments,  ///< an argument is left without a conversion
+    WrongArgumentType, ///< an argument cannot serve its conversion
+};
 
 /// Compares `format` with what its arguments can serve as, `roles`.
 constexpr Fault check(std::string_view format, std::span<const unsigned> roles) {
@@ -197,14 +212,17 @@ constexpr Fault check(std::string_view format, std::span<const unsigned> roles) 
     return used == roles.size() ? Fault::None : Fault::TooManyArguments;
 }
 
+/// One of the types `Candidates`.
 template <class T, class... Candidates>
 concept OneOf = (std::same_as<T, Candidates> || ...);
 
+/// A class with a `description()`.
 template <class T>
 concept Described = std::is_class_v<T> && requires(const T& object) {
     { object.description() } -> std::convertible_to<QString>;
 };
 
+/// A class that becomes a QString by itself.
 template <class T>
 concept TextObject = std::is_class_v<T> && std::convertible_to<const T&, QString>;
 
@@ -213,20 +231,27 @@ template <class T>
 concept Object =
     OneOf<T, std::string, std::string_view, NSDate, NSData, NSArray, NSDictionary> || Described<T> || TextObject<T>;
 
+/// An enumeration that is printed as its number.
 template <class T>
 concept UnscopedEnum = std::is_enum_v<T> && std::convertible_to<T, std::underlying_type_t<T>>;
 
+/// Whether T is an optional.
+/// @{
 template <class T>
 inline constexpr bool isOptional = false;
 template <class T>
 inline constexpr bool isOptional<std::optional<T>> = true;
+/// @}
 
+/// Whether T is one of the standard library's smart pointers that own.
+/// @{
 template <class T>
 inline constexpr bool isSmartPointer = false;
 template <class T>
 inline constexpr bool isSmartPointer<std::shared_ptr<T>> = true;
 template <class T, class Deleter>
 inline constexpr bool isSmartPointer<std::unique_ptr<T, Deleter>> = true;
+/// @}
 
 /// What an argument of type T can serve as: Roles or-ed together, 0 for a type that no conversion takes.
 template <class T>
@@ -253,10 +278,14 @@ constexpr unsigned rolesOf() {
     }
 }
 
+/// What `%@` prints for UTF-8 text.
 VXKIT_EXPORT QString descriptionOfText(std::string_view text);
+/// What `%@` prints for a date.
 VXKIT_EXPORT QString descriptionOfDate(NSDate date);
+/// What `%@` prints for a property list; see NSPropertyList::description.
 VXKIT_EXPORT QString descriptionOfPropertyList(const NSPropertyList& value);
 
+/// What `%@` prints for the object of type T at `pointer`.
 template <Object T>
 QString describe(const void* pointer) {
     const T& object = *static_cast<const T*>(pointer);
@@ -273,28 +302,36 @@ QString describe(const void* pointer) {
     }
 }
 
-// What a format string that does not compile calls: the compiler's message then names the reason.
+/// What a format string that does not compile calls: the compiler's message then names the reason. Defined nowhere.
+/// @{
 void formatHasAnUnknownConversion();
 void formatHasTooFewArguments();
 void formatHasTooManyArguments();
 void formatHasAnArgumentOfAnotherType();
+/// @}
 
 } // namespace VXFormat
 
 /// One argument of a format, its type erased: a number by value, everything else borrowed.
 class NSFormatArgument {
 public:
+    /// A nil object or pointer.
     struct Nil {};
+    /// An object, borrowed, with what describes it.
     struct Object {
-        const void* pointer;
+        const void* pointer; ///< the object
+        /// Its description; asked while formatting.
         QString (*describe)(const void* pointer);
     };
+    /// What an argument can be, in the form in which it is formatted.
     using Variant = std::variant<Nil, std::int64_t, std::uint64_t, float, double, long double, const char*,
                                  std::string_view, const void*, Object>;
 
     /// Nil.
     NSFormatArgument() = default;
 
+    /// The argument that stands for `value`, which is borrowed unless it is a number. Does not compile for a type that
+    /// no conversion takes.
     template <class T>
     static NSFormatArgument of(const T& value) {
         using Value = std::decay_t<T>;
@@ -331,6 +368,7 @@ public:
         }
     }
 
+    /// What it is.
     [[nodiscard]] const Variant& variant() const { return m_value; }
 
 private:
@@ -346,9 +384,12 @@ private:
 /// while formatting, so arguments that are never formatted cost next to nothing. Stands for a started `va_list`.
 class NSFormatArguments {
 public:
+    /// No arguments.
     NSFormatArguments() = default;
+    /// These arguments, in this order.
     NSFormatArguments(std::initializer_list<NSFormatArgument> arguments) : m_arguments(arguments) {}
 
+    /// How many there are.
     [[nodiscard]] std::size_t count() const { return static_cast<std::size_t>(m_arguments.size()); }
 
     /// The argument at `index`, or null where there are not so many.
@@ -393,6 +434,7 @@ template <class... Arguments>
 template <class... Arguments>
 class NSFormatString {
 public:
+    /// A format of the literal `text`, checked.
     template <class Text>
     requires std::convertible_to<const Text&, std::string_view>
     consteval NSFormatString(const Text& text) : m_text(text) {
@@ -415,6 +457,7 @@ public:
         }
     }
 
+    /// The format as it was written.
     [[nodiscard]] constexpr std::string_view text() const { return m_text; }
 
 private:

@@ -12,78 +12,102 @@
 
 /// A point, in points; y grows upwards unless the view is flipped. AppKit: `NSPoint`.
 struct NSPoint {
-    double x = 0;
-    double y = 0;
+    double x = 0; ///< to the right
+    double y = 0; ///< upwards, unless the view is flipped
 
+    /// The same as NSEqualPoints.
     friend constexpr bool operator==(const NSPoint&, const NSPoint&) = default;
 };
 
 /// Width and height, in points. AppKit: `NSSize`.
 struct NSSize {
-    double width = 0;
-    double height = 0;
+    double width = 0;  ///< from side to side; may be negative
+    double height = 0; ///< from the bottom to the top; may be negative
 
+    /// The same as NSEqualSizes.
     friend constexpr bool operator==(const NSSize&, const NSSize&) = default;
 };
 
 /// A rectangle, by the corner with the smallest coordinates (bottom left, unless the view is flipped) and its size. One
 /// whose width or height is not above 0 is empty, wherever it lies. AppKit: `NSRect`.
 struct NSRect {
-    NSPoint origin;
-    NSSize size;
+    NSPoint origin; ///< the corner with the smallest coordinates
+    NSSize size;    ///< how far it reaches from there
 
+    /// The same as NSEqualRects.
     friend constexpr bool operator==(const NSRect&, const NSRect&) = default;
 };
 
 /// The sides of a rectangle. AppKit: `NSRectEdge`.
-enum NSRectEdge { NSMinXEdge = 0, NSMinYEdge = 1, NSMaxXEdge = 2, NSMaxYEdge = 3 };
+enum NSRectEdge {
+    NSMinXEdge = 0, ///< the left side
+    NSMinYEdge = 1, ///< the bottom, where coordinates are flipped the top
+    NSMaxXEdge = 2, ///< the right side
+    NSMaxYEdge = 3, ///< the top, where coordinates are flipped the bottom
+};
 
+/// (0, 0). AppKit: `NSZeroPoint`.
 inline constexpr NSPoint NSZeroPoint{};
+/// No width and no height. AppKit: `NSZeroSize`.
 inline constexpr NSSize NSZeroSize{};
+/// An empty rectangle at (0, 0), which stands for "none" in many operations. AppKit: `NSZeroRect`.
 inline constexpr NSRect NSZeroRect{};
 
+/// The point (`x`, `y`). AppKit: the function of the same name, as all below.
 [[nodiscard]] constexpr NSPoint NSMakePoint(double x, double y) {
     return {x, y};
 }
+/// The size of that width and height.
 [[nodiscard]] constexpr NSSize NSMakeSize(double width, double height) {
     return {width, height};
 }
+/// The rectangle with its corner at (`x`, `y`) and of that width and height.
 [[nodiscard]] constexpr NSRect NSMakeRect(double x, double y, double width, double height) {
     return {{x, y}, {width, height}};
 }
 
+/// The left side of `rect`; the smallest x, unless the width is negative.
 [[nodiscard]] constexpr double NSMinX(const NSRect& rect) {
     return rect.origin.x;
 }
+/// The x of the middle of `rect`.
 [[nodiscard]] constexpr double NSMidX(const NSRect& rect) {
     return rect.origin.x + rect.size.width / 2;
 }
+/// The right side of `rect`; the largest x, unless the width is negative.
 [[nodiscard]] constexpr double NSMaxX(const NSRect& rect) {
     return rect.origin.x + rect.size.width;
 }
+/// The bottom of `rect`, where coordinates are flipped its top; the smallest y, unless the height is negative.
 [[nodiscard]] constexpr double NSMinY(const NSRect& rect) {
     return rect.origin.y;
 }
+/// The y of the middle of `rect`.
 [[nodiscard]] constexpr double NSMidY(const NSRect& rect) {
     return rect.origin.y + rect.size.height / 2;
 }
+/// The top of `rect`, where coordinates are flipped its bottom; the largest y, unless the height is negative.
 [[nodiscard]] constexpr double NSMaxY(const NSRect& rect) {
     return rect.origin.y + rect.size.height;
 }
+/// The width of `rect`.
 [[nodiscard]] constexpr double NSWidth(const NSRect& rect) {
     return rect.size.width;
 }
+/// The height of `rect`.
 [[nodiscard]] constexpr double NSHeight(const NSRect& rect) {
     return rect.size.height;
 }
 
-/// Exact equality: rectangles of the same size at different places differ, empty ones too.
+/// Exact equality; NaN is equal to nothing.
 [[nodiscard]] constexpr bool NSEqualPoints(const NSPoint& a, const NSPoint& b) {
     return a == b;
 }
+/// Exact equality; NaN is equal to nothing.
 [[nodiscard]] constexpr bool NSEqualSizes(const NSSize& a, const NSSize& b) {
     return a == b;
 }
+/// Exact equality: rectangles of the same size at different places differ, empty ones too.
 [[nodiscard]] constexpr bool NSEqualRects(const NSRect& a, const NSRect& b) {
     return a == b;
 }
@@ -172,22 +196,27 @@ VXKIT_EXPORT void NSDivideRect(const NSRect& rect, NSRect* slice, NSRect* remain
 /// `{{x, y}, {width, height}}`, digits as above.
 [[nodiscard]] VXKIT_EXPORT QString NSStringFromRect(const NSRect& rect);
 
-/// The same numbers in Qt's types and back; nothing is flipped.
+/// The same numbers in Qt's type; nothing is flipped, here and below.
 [[nodiscard]] constexpr QPointF NSPointToQPointF(const NSPoint& point) {
     return {point.x, point.y};
 }
+/// The same numbers from Qt's type.
 [[nodiscard]] constexpr NSPoint NSPointFromQPointF(const QPointF& point) {
     return {point.x(), point.y()};
 }
+/// The same numbers in Qt's type.
 [[nodiscard]] constexpr QSizeF NSSizeToQSizeF(const NSSize& size) {
     return {size.width, size.height};
 }
+/// The same numbers from Qt's type.
 [[nodiscard]] constexpr NSSize NSSizeFromQSizeF(const QSizeF& size) {
     return {size.width(), size.height()};
 }
+/// The same numbers in Qt's type; nothing is flipped.
 [[nodiscard]] constexpr QRectF NSRectToQRectF(const NSRect& rect) {
     return {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height};
 }
+/// The same numbers from Qt's type; nothing is flipped.
 [[nodiscard]] constexpr NSRect NSRectFromQRectF(const QRectF& rect) {
     return {{rect.x(), rect.y()}, {rect.width(), rect.height()}};
 }

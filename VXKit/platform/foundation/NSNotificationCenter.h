@@ -23,11 +23,15 @@ class QObject;
 /// "no sender" to a post. The identity is an address: it says nothing after its object is gone.
 class NSNotificationSender {
 public:
+    /// Any sender, or none.
     constexpr NSNotificationSender(std::nullptr_t = nullptr) {}
+    /// The identity of `object`; any sender, or none, where that is null.
     template <class T>
     NSNotificationSender(const T* object) : m_identity(identityOf(object)) {}
 
+    /// Whether it names somebody.
     [[nodiscard]] explicit operator bool() const { return m_identity != nullptr; }
+    /// Whether both name the same object, or both nobody.
     friend bool operator==(NSNotificationSender, NSNotificationSender) = default;
 
 private:
@@ -56,8 +60,11 @@ class NSNotificationCenter;
 /// centre's interest in it and may be destroyed by its own handler.
 class VXKIT_EXPORT NSNotificationObservation {
 public:
+    /// No subscription.
     NSNotificationObservation() = default;
+    /// Takes the subscription over; `other` has none then.
     NSNotificationObservation(NSNotificationObservation&& other) noexcept;
+    /// Ends its own subscription and takes that of `other` over.
     NSNotificationObservation& operator=(NSNotificationObservation&& other) noexcept;
     NSNotificationObservation(const NSNotificationObservation&) = delete;
     NSNotificationObservation& operator=(const NSNotificationObservation&) = delete;
@@ -84,8 +91,10 @@ private:
 /// destroyed. Stands for the AppKit class of the same name.
 class VXKIT_EXPORT NSNotificationCenter {
 public:
+    /// What is called with each notification.
     using Handler = std::function<void(const NSNotification&)>;
 
+    /// A centre of one's own; most want defaultCenter.
     NSNotificationCenter();
     NSNotificationCenter(const NSNotificationCenter&) = delete;
     NSNotificationCenter& operator=(const NSNotificationCenter&) = delete;

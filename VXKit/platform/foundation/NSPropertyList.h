@@ -33,10 +33,13 @@ using NSArray = std::vector<NSPropertyList>;
 /// copying it copies no text.
 class VXKIT_EXPORT NSDictionaryKey {
 public:
+    /// A new key with a copy of `text`, UTF-8.
     explicit NSDictionaryKey(std::string_view text);
 
+    /// The text, for as long as some copy of the key lives.
     [[nodiscard]] std::string_view text() const { return m_shared->text; }
 
+    /// Whether the texts are the same, byte for byte.
     friend bool operator==(const NSDictionaryKey& left, const NSDictionaryKey& right) {
         return left.m_shared == right.m_shared || left.text() == right.text();
     }
@@ -57,18 +60,26 @@ private:
 class VXKIT_EXPORT NSDictionary {
 public:
     struct Entry;
+    /// A place among the entries; good until the dictionary changes.
     using const_iterator = const Entry*;
 
+    /// An empty dictionary. AppKit: `+dictionary`.
     NSDictionary();
     /// The later of two entries with the same key wins.
     NSDictionary(std::initializer_list<std::pair<std::string_view, NSPropertyList>> entries);
+    /// Copies the values and shares the keys. AppKit: `-copy`.
     NSDictionary(const NSDictionary& other);
+    /// Leaves `other` empty.
     NSDictionary(NSDictionary&& other) noexcept;
+    /// Copies the values and shares the keys.
     NSDictionary& operator=(const NSDictionary& other);
+    /// Takes over the entries of `other`.
     NSDictionary& operator=(NSDictionary&& other) noexcept;
     ~NSDictionary();
 
+    /// The number of entries. AppKit: `-count`.
     [[nodiscard]] std::size_t count() const;
+    /// Whether there is no entry.
     [[nodiscard]] bool isEmpty() const { return count() == 0; }
 
     /// The value under `key`, or null; borrowed until the dictionary changes. AppKit: `-objectForKey:`.
@@ -84,7 +95,9 @@ public:
     /// Takes the entry of `key` away; does nothing where there is none. AppKit: `-removeObjectForKey:`.
     void removeObjectForKey(std::string_view key);
 
+    /// The entry whose key was set first, for loops.
     [[nodiscard]] const_iterator begin() const;
+    /// Behind the entry whose key was set last.
     [[nodiscard]] const_iterator end() const;
 
     /// Reads the dictionary at the top of a property-list file of any form. Anything else (no such file, not a regular
@@ -99,6 +112,7 @@ public:
 
     /// Appends an entry without looking whether its key is there already: for readers, which look themselves.
     void appendEntry(NSDictionaryKey key, NSPropertyList object);
+    /// Makes room for `count` entries in all, so that appending them moves none.
     void reserve(std::size_t count);
 
     /// Takes n log n comparisons at most, and n where both hold their keys in the same order.
@@ -115,23 +129,35 @@ private:
 /// absent value is no value (use a pointer or `std::optional`).
 class VXKIT_EXPORT NSPropertyList {
 public:
+    /// The kinds of values there are, in no order that means anything.
     using Variant =
         std::variant<bool, std::int64_t, std::uint64_t, double, NSDate, std::string, NSData, NSArray, NSDictionary>;
 
+    /// A boolean, from a `bool` alone and nothing that would become one.
     NSPropertyList(std::same_as<bool> auto value) : m_value(bool(value)) {}
     /// Any other integer type; held signed wherever it fits, so that equal numbers are equal values.
     template <std::integral T>
     requires(!std::same_as<T, bool>) NSPropertyList(T value) : m_value(wholeNumber(value)) {}
+    /// A number, NaN and infinity included. AppKit: `+numberWithDouble:` of `NSNumber`.
     NSPropertyList(double value) : m_value(value) {}
+    /// A date.
     NSPropertyList(NSDate value) : m_value(value) {}
+    /// A string, UTF-8.
     NSPropertyList(std::string value) : m_value(std::move(value)) {}
+    /// A string, UTF-8; copied.
     NSPropertyList(std::string_view value) : m_value(std::in_place_type<std::string>, value) {}
+    /// A string, UTF-8 up to its NUL; copied. Must not be null.
     NSPropertyList(const char* value) : m_value(std::in_place_type<std::string>, value) {}
+    /// A string; a null one is the empty one.
     NSPropertyList(const QString& value) : m_value(value.toStdString()) {}
+    /// Bytes.
     NSPropertyList(NSData value) : m_value(std::move(value)) {}
+    /// An array.
     NSPropertyList(NSArray value) : m_value(std::move(value)) {}
+    /// A dictionary.
     NSPropertyList(NSDictionary value) : m_value(std::move(value)) {}
 
+    /// The value itself, for std::visit.
     [[nodiscard]] const Variant& variant() const { return m_value; }
 
     /// The value where it is of type T, else null.
@@ -139,6 +165,7 @@ public:
     [[nodiscard]] const T* as() const {
         return std::get_if<T>(&m_value);
     }
+    /// The same, to change it in place.
     template <class T>
     [[nodiscard]] T* as() {
         return std::get_if<T>(&m_value);
@@ -176,9 +203,10 @@ private:
     Variant m_value;
 };
 
+/// A key and its value.
 struct NSDictionary::Entry {
-    NSDictionaryKey key;
-    NSPropertyList object;
+    NSDictionaryKey key;   ///< the key
+    NSPropertyList object; ///< the value under it
 };
 
 inline NSDictionary::NSDictionary() = default;

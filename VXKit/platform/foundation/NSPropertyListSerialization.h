@@ -6,8 +6,8 @@
 /// The three forms of a property list. AppKit: `NSPropertyListFormat`.
 enum class NSPropertyListFormat {
     OpenStep, ///< old-style text
-    XML,
-    Binary,
+    XML,      ///< the one that is written
+    Binary,   ///< read, not written
 };
 
 /// Turns property lists into bytes and bytes into property lists.

@@ -7,7 +7,10 @@
 #include <memory>
 
 /// Whether a timer fires once or until it is invalidated.
-enum class NSTimerRepeats { No, Yes };
+enum class NSTimerRepeats {
+    No,  ///< it fires once
+    Yes, ///< it fires until it is invalidated
+};
 
 /// Calls a block after an interval, once or again and again, from the event loop of the thread that scheduled it.
 ///
@@ -23,6 +26,7 @@ class VXKIT_EXPORT NSTimer final : public std::enable_shared_from_this<NSTimer> 
     struct Passkey {};
 
 public:
+    /// What a timer calls, with itself.
     using Block = std::function<void(NSTimer& timer)>;
 
     /// Schedules a timer that calls `block` after `seconds`, and with NSTimerRepeats::Yes each `seconds` after that.
@@ -36,6 +40,7 @@ public:
     /// block is dropped and the timer is invalid. AppKit: `+scheduledTimerWithTimeInterval:repeats:block:`.
     static std::shared_ptr<NSTimer> scheduledTimerWithTimeInterval(double seconds, NSTimerRepeats repeats, Block block);
 
+    /// For scheduledTimerWithTimeInterval alone.
     NSTimer(Passkey, double seconds, NSTimerRepeats repeats, Block block);
     NSTimer(const NSTimer&) = delete;
     NSTimer& operator=(const NSTimer&) = delete;
@@ -64,6 +69,7 @@ public:
     /// order, which scopes do by themselves. For tests, on the main thread.
     class VXKIT_EXPORT IntervalsForTesting {
     public:
+        /// From now on `map` is asked for the interval of each timer that is scheduled.
         [[nodiscard]] explicit IntervalsForTesting(std::function<double(double seconds)> map);
         IntervalsForTesting(const IntervalsForTesting&) = delete;
         IntervalsForTesting& operator=(const IntervalsForTesting&) = delete;

@@ -36,16 +36,24 @@ public:
 
     /// The picture; null draws nothing. What is painted into it later does not show. AppKit: `inputImage`.
     void setInputImage(std::shared_ptr<NSImage> image);
+    /// The picture as it was set; null at first.
     [[nodiscard]] const std::shared_ptr<NSImage>& inputImage() const { return m_inputImage; }
 
-    /// Where the picture's corners go, in points, y growing upwards. AppKit: `inputTopRight` and its kin.
+    /// Where the picture's top right corner goes, in points, y growing upwards. AppKit: `inputTopRight`.
     void setInputTopRight(const NSPoint& corner) { m_topRight = corner; }
+    /// Where the picture's top left corner goes. AppKit: `inputTopLeft`.
     void setInputTopLeft(const NSPoint& corner) { m_topLeft = corner; }
+    /// Where the picture's bottom right corner goes. AppKit: `inputBottomRight`.
     void setInputBottomRight(const NSPoint& corner) { m_bottomRight = corner; }
+    /// Where the picture's bottom left corner goes. AppKit: `inputBottomLeft`.
     void setInputBottomLeft(const NSPoint& corner) { m_bottomLeft = corner; }
+    /// The top right corner as it was set, or Core Image's default; the others likewise.
     [[nodiscard]] const NSPoint& inputTopRight() const { return m_topRight; }
+    /// The top left corner.
     [[nodiscard]] const NSPoint& inputTopLeft() const { return m_topLeft; }
+    /// The bottom right corner.
     [[nodiscard]] const NSPoint& inputBottomRight() const { return m_bottomRight; }
+    /// The bottom left corner.
     [[nodiscard]] const NSPoint& inputBottomLeft() const { return m_bottomLeft; }
 
     /// Draws the part `fromRect` of the result, stretched to `rect` of the current context, with `fraction` of its

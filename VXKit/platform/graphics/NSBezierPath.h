@@ -12,10 +12,10 @@ class QPainterPath;
 
 /// What a path is made of. AppKit: `NSBezierPathElement`.
 enum NSBezierPathElement {
-    NSMoveToBezierPathElement = 0,
-    NSLineToBezierPathElement = 1,
-    NSCurveToBezierPathElement = 2,
-    NSClosePathBezierPathElement = 3,
+    NSMoveToBezierPathElement = 0,    ///< begins a subpath
+    NSLineToBezierPathElement = 1,    ///< a line
+    NSCurveToBezierPathElement = 2,   ///< a cubic curve
+    NSClosePathBezierPathElement = 3, ///< closes the subpath with a line to its beginning
 };
 
 /// Lines and cubic curves to fill, to stroke and to clip with, in points.
@@ -40,9 +40,12 @@ public:
     /// otherwise). AppKit: `+fillRect:`.
     static void fillRect(const NSRect& rect);
 
-    /// Adds a closed subpath. AppKit: `-appendBezierPathWithRect:` and so on.
+    /// Adds a rectangle as a closed subpath. AppKit: `-appendBezierPathWithRect:`.
     void appendBezierPathWithRect(const NSRect& rect);
+    /// Adds a rectangle with rounded corners as a closed subpath; radii as in bezierPathWithRoundedRect. AppKit:
+    /// `-appendBezierPathWithRoundedRect:xRadius:yRadius:`.
     void appendBezierPathWithRoundedRect(const NSRect& rect, double xRadius, double yRadius);
+    /// Adds the ellipse that fills `rect` as a closed subpath. AppKit: `-appendBezierPathWithOvalInRect:`.
     void appendBezierPathWithOvalInRect(const NSRect& rect);
 
     /// Begins a subpath at `point`. AppKit: `-moveToPoint:`.
@@ -60,6 +63,7 @@ public:
     /// The width of strokes in points, at first 1; below 0 and NaN count as 0, and 0 strokes the thinnest line there
     /// is. AppKit: `-setLineWidth:`.
     void setLineWidth(double lineWidth);
+    /// The width of strokes as it was set. AppKit: `-lineWidth`.
     [[nodiscard]] double lineWidth() const { return m_lineWidth; }
 
     /// Fills the path, open subpaths as if they were closed. AppKit: `-fill`.

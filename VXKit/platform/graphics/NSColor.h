@@ -44,11 +44,13 @@ public:
     /// `-colorWithAlphaComponent:`.
     [[nodiscard]] NSColor colorWithAlphaComponent(double alpha) const;
 
-    /// The components, from 0 to 1; those of a pattern colour are black's, but for its alpha. AppKit: `-redComponent`
-    /// and so on.
+    /// Red, from 0 to 1; that of a pattern colour is black's, as green and blue are. AppKit: `-redComponent`.
     [[nodiscard]] double redComponent() const { return m_red; }
+    /// Green, from 0 to 1. AppKit: `-greenComponent`.
     [[nodiscard]] double greenComponent() const { return m_green; }
+    /// Blue, from 0 to 1. AppKit: `-blueComponent`.
     [[nodiscard]] double blueComponent() const { return m_blue; }
+    /// Opacity, from 0 to 1, of a pattern colour too. AppKit: `-alphaComponent`.
     [[nodiscard]] double alphaComponent() const { return m_alpha; }
 
     /// The image that is repeated; null for a plain colour. AppKit: `-patternImage`.

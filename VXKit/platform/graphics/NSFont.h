@@ -6,7 +6,11 @@
 class QFont;
 
 /// The sizes in which controls come. AppKit: `NSControlSize`.
-enum NSControlSize { NSRegularControlSize = 0, NSSmallControlSize = 1, NSMiniControlSize = 2 };
+enum NSControlSize {
+    NSRegularControlSize = 0, ///< with text of 13 points
+    NSSmallControlSize = 1,   ///< with text of 11 points
+    NSMiniControlSize = 2,    ///< with text of 9 points
+};
 
 /// The system font in a size and weight: Inter, which the kit carries in its resources.
 ///
@@ -35,12 +39,14 @@ public:
 
     /// The size in points, a whole number. AppKit: `-pointSize`.
     [[nodiscard]] double pointSize() const { return m_pointSize; }
+    /// Whether it is the bold system font.
     [[nodiscard]] bool isBold() const { return m_bold; }
 
     /// The font as Qt's type, for the platform, with all that makes it look the same everywhere. Needs an application
     /// object.
     [[nodiscard]] QFont qtFont() const;
 
+    /// The same size and weight.
     friend bool operator==(const NSFont&, const NSFont&) = default;
 
 private:

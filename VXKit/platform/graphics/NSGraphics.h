@@ -8,19 +8,19 @@
 /// its name, bounded by the shape that is drawn: what lies outside it stays as it is. NSCompositePlusDarker is drawn as
 /// a multiplication, the nearest that the platform offers. AppKit: `NSCompositingOperation`.
 enum NSCompositingOperation {
-    NSCompositeClear = 0,
-    NSCompositeCopy = 1,
-    NSCompositeSourceOver = 2,
-    NSCompositeSourceIn = 3,
-    NSCompositeSourceOut = 4,
-    NSCompositeSourceAtop = 5,
-    NSCompositeDestinationOver = 6,
-    NSCompositeDestinationIn = 7,
-    NSCompositeDestinationOut = 8,
-    NSCompositeDestinationAtop = 9,
-    NSCompositeXOR = 10,
-    NSCompositePlusDarker = 11,
-    NSCompositePlusLighter = 13,
+    NSCompositeClear = 0,           ///< nothing stays
+    NSCompositeCopy = 1,            ///< the source
+    NSCompositeSourceOver = 2,      ///< the source over what is there
+    NSCompositeSourceIn = 3,        ///< the source where there is something
+    NSCompositeSourceOut = 4,       ///< the source where there is nothing
+    NSCompositeSourceAtop = 5,      ///< the source over what is there, and only there
+    NSCompositeDestinationOver = 6, ///< what is there over the source
+    NSCompositeDestinationIn = 7,   ///< what is there, as far as the source covers it
+    NSCompositeDestinationOut = 8,  ///< what is there, as far as the source does not cover it
+    NSCompositeDestinationAtop = 9, ///< what is there over the source, and only where that is
+    NSCompositeXOR = 10,            ///< either, where the other is not
+    NSCompositePlusDarker = 11,     ///< the product of the two
+    NSCompositePlusLighter = 13,    ///< the sum of the two
 };
 
 /// Fills `rect`, in points, with the current fill colour, which replaces what is there: a colour with alpha leaves the

@@ -49,11 +49,13 @@ public:
     /// lies there. At first the bottom left corner of the context's area; a view within a window passes the window's,
     /// so that the patterns of all its views join. AppKit: `-setPatternPhase:`.
     void setPatternPhase(const NSPoint& phase);
+    /// Where pattern colours start, in the coordinates that the context began with. AppKit: `-patternPhase`.
     [[nodiscard]] NSPoint patternPhase() const;
 
     /// The operation for paths, gradients and text, at first NSCompositeSourceOver. AppKit:
     /// `-setCompositingOperation:`.
     void setCompositingOperation(NSCompositingOperation operation);
+    /// The operation for paths, gradients and text. AppKit: `-compositingOperation`.
     [[nodiscard]] NSCompositingOperation compositingOperation() const;
 
     /// How many pixels a point takes up, 1 or 2 for most screens.
@@ -76,12 +78,17 @@ public:
     /// The brush that paints `color` in the context's current coordinates, for the platform layer.
     [[nodiscard]] QBrush brush(const NSColor& color) const;
 
-    /// Colours and shadow in force. Set them by NSColor::set and NSShadow::set.
+    /// The colour that fills take, black at first. Set by NSColor::set.
     [[nodiscard]] const NSColor& fillColor() const;
+    /// The colour that strokes take, black at first. Set by NSColor::set.
     [[nodiscard]] const NSColor& strokeColor() const;
+    /// The shadow in force, none at first. Set by NSShadow::set.
     [[nodiscard]] const NSShadow& shadow() const;
+    /// What NSColor::setFill calls.
     void setFillColor(const NSColor& color);
+    /// What NSColor::setStroke calls.
     void setStrokeColor(const NSColor& color);
+    /// What NSShadow::set calls.
     void setShadow(const NSShadow& shadow);
 
     /// Takes back every clip set in this context, as far as that of the painter it was made over. For NSBezierPath.

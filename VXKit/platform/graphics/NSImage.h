@@ -62,12 +62,14 @@ public:
 
     /// AppKit: `-setScalesWhenResized:`, false at first.
     void setScalesWhenResized(bool scales);
+    /// Whether setSize stretches the picture. AppKit: `-scalesWhenResized`.
     [[nodiscard]] bool scalesWhenResized() const { return m_scalesWhenResized; }
 
     /// Whether coordinates in the image, of source rectangles and of drawing while it has the focus, begin at the top
     /// left and grow downwards; at first they begin at the bottom left and grow upwards. Pictures are drawn upright
     /// either way, in flipped contexts too. AppKit: `-setFlipped:`.
     void setFlipped(bool flipped) { m_flipped = flipped; }
+    /// AppKit: `-isFlipped`.
     [[nodiscard]] bool isFlipped() const { return m_flipped; }
 
     /// Whether there is a picture to draw. AppKit: `-isValid`.

@@ -18,21 +18,25 @@ public:
     /// The colour of the shadow under opaque paint; of a pattern colour only the alpha counts. AppKit:
     /// `-setShadowColor:`.
     void setShadowColor(const NSColor& color) { m_color = color; }
+    /// AppKit: `-shadowColor`.
     [[nodiscard]] const NSColor& shadowColor() const { return m_color; }
 
     /// Twice the standard deviation of the Gaussian blur, in points; below 0 and NaN count as 0. Blurs with a deviation
     /// of more than 256 pixels are drawn with one of 256. AppKit: `-setShadowBlurRadius:`.
     void setShadowBlurRadius(double radius) { m_blurRadius = radius > 0 ? radius : 0; }
+    /// AppKit: `-shadowBlurRadius`.
     [[nodiscard]] double shadowBlurRadius() const { return m_blurRadius; }
 
     /// How far the shadow is moved from what casts it, in points, to the right and up, in flipped contexts too; rounded
     /// to whole pixels when drawn. AppKit: `-setShadowOffset:`.
     void setShadowOffset(const NSSize& offset) { m_offset = offset; }
+    /// AppKit: `-shadowOffset`.
     [[nodiscard]] const NSSize& shadowOffset() const { return m_offset; }
 
     /// Makes this the shadow of the current context; does nothing without one. AppKit: `-set`.
     void set() const;
 
+    /// The same colour, blur and offset, exactly.
     friend bool operator==(const NSShadow&, const NSShadow&) = default;
 
 private:

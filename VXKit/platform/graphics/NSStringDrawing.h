@@ -13,24 +13,30 @@
 
 #include <optional>
 
-/// Where lines stand between the sides of their rectangle. NSNaturalTextAlignment is left, and right for text that is
-/// written from right to left. AppKit: `NSTextAlignment`.
+/// Where lines stand between the sides of their rectangle. AppKit: `NSTextAlignment`.
 enum NSTextAlignment {
-    NSLeftTextAlignment = 0,
-    NSRightTextAlignment = 1,
-    NSCenterTextAlignment = 2,
-    NSNaturalTextAlignment = 4,
+    NSLeftTextAlignment = 0,    ///< at the left side
+    NSRightTextAlignment = 1,   ///< at the right side
+    NSCenterTextAlignment = 2,  ///< in the middle
+    NSNaturalTextAlignment = 4, ///< at the left side; at the right for text that is written from right to left
 };
 
-/// What becomes of a line wider than its rectangle: it goes on in the next one (a single word that is too wide is
-/// broken), is cut off, or is shortened with an ellipsis at its end. AppKit: `NSLineBreakMode`.
-enum NSLineBreakMode { NSLineBreakByWordWrapping = 0, NSLineBreakByClipping = 2, NSLineBreakByTruncatingTail = 4 };
+/// What becomes of a line wider than its rectangle. AppKit: `NSLineBreakMode`.
+enum NSLineBreakMode {
+    NSLineBreakByWordWrapping = 0,   ///< it goes on in the next one; a single word that is too wide is broken
+    NSLineBreakByClipping = 2,       ///< it is cut off
+    NSLineBreakByTruncatingTail = 4, ///< it is shortened, with an ellipsis at its end
+};
 
 /// How text looks. AppKit: the attributes dictionary with its paragraph style.
 struct NSTextAttributes {
+    /// What the text is set in.
     NSFont font = NSFont::systemFontOfSize(12);
+    /// The colour of the glyphs.
     NSColor foregroundColor = NSColor::blackColor();
+    /// Where lines stand between the sides.
     NSTextAlignment alignment = NSNaturalTextAlignment;
+    /// What becomes of a line that is too wide.
     NSLineBreakMode lineBreakMode = NSLineBreakByWordWrapping;
     /// The shadow of this text; where there is none, that of the context stays in force.
     std::optional<NSShadow> shadow = std::nullopt;
@@ -38,6 +44,7 @@ struct NSTextAttributes {
     /// outside of the string underlines nothing.
     std::optional<int> underlinedCharacter = std::nullopt;
 
+    /// The same looks, exactly.
     friend bool operator==(const NSTextAttributes&, const NSTextAttributes&) = default;
 };
 
@@ -59,12 +66,14 @@ VXKIT_EXPORT void drawInRect(const QString& string, const NSRect& rect, const NS
 /// A string with its looks, the same for all of it. A value. Stands for the AppKit class of the same name.
 class VXKIT_EXPORT NSAttributedString {
 public:
+    /// The empty string in the looks that NSTextAttributes has at first.
     NSAttributedString() = default;
     /// AppKit: `-initWithString:attributes:`.
     explicit NSAttributedString(QString string, NSTextAttributes attributes = {});
 
     /// AppKit: `-string`.
     [[nodiscard]] const QString& string() const { return m_string; }
+    /// The looks. AppKit: `-attributesAtIndex:effectiveRange:`.
     [[nodiscard]] const NSTextAttributes& attributes() const { return m_attributes; }
 
     /// See sizeWithAttributes. AppKit: `-size`.
@@ -74,6 +83,7 @@ public:
     /// See the function of that name. AppKit: `-drawInRect:`.
     void drawInRect(const NSRect& rect) const;
 
+    /// The same text in the same looks, exactly.
     friend bool operator==(const NSAttributedString&, const NSAttributedString&) = default;
 
 private:
