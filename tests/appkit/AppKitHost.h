@@ -16,6 +16,13 @@
 
 #include <gtest/gtest.h>
 
+inline void expectNear(const NSRect& actual, const NSRect& expected, double tolerance) {
+    EXPECT_NEAR(actual.origin.x, expected.origin.x, tolerance);
+    EXPECT_NEAR(actual.origin.y, expected.origin.y, tolerance);
+    EXPECT_NEAR(actual.size.width, expected.size.width, tolerance);
+    EXPECT_NEAR(actual.size.height, expected.size.height, tolerance);
+}
+
 /// The names of what is posted while it lives, in order.
 class Posts {
 public:

@@ -24,14 +24,8 @@ namespace {
 constexpr NSRect startFrame{{10, 20}, {100, 50}};
 constexpr NSRect targetFrame{{110, 60}, {40, 70}};
 
-/// Where a frame is on the way from one to another, as exactly as Qt solves the curve.
-void expectNear(const NSRect& frame, const NSRect& expected) {
-    constexpr double tolerance = 1e-3;
-    EXPECT_NEAR(frame.origin.x, expected.origin.x, tolerance);
-    EXPECT_NEAR(frame.origin.y, expected.origin.y, tolerance);
-    EXPECT_NEAR(frame.size.width, expected.size.width, tolerance);
-    EXPECT_NEAR(frame.size.height, expected.size.height, tolerance);
-}
+/// Points; as exactly as Qt solves the curve.
+constexpr double curveTolerance = 1e-3;
 
 class NSAnimationContextTest : public AppKitHost {
 protected:
@@ -84,12 +78,14 @@ TEST_F(NSAnimationContextTest, MovesSlowlyAtBothEnds) {
     clock.advance(0.25);
     // The cubic Bézier curve through (0.42, 0) and (0.58, 1) is at 0.12916 when a quarter of the time has gone by.
     expectNear(view.frame(),
-               NSMakeRect(10 + 100 * 0.129162, 20 + 40 * 0.129162, 100 - 60 * 0.129162, 50 + 20 * 0.129162));
+               NSMakeRect(10 + 100 * 0.129162, 20 + 40 * 0.129162, 100 - 60 * 0.129162, 50 + 20 * 0.129162),
+               curveTolerance);
     clock.advance(0.25);
-    expectNear(view.frame(), NSMakeRect(60, 40, 70, 60));
+    expectNear(view.frame(), NSMakeRect(60, 40, 70, 60), curveTolerance);
     clock.advance(0.25);
     expectNear(view.frame(),
-               NSMakeRect(10 + 100 * 0.870838, 20 + 40 * 0.870838, 100 - 60 * 0.870838, 50 + 20 * 0.870838));
+               NSMakeRect(10 + 100 * 0.870838, 20 + 40 * 0.870838, 100 - 60 * 0.870838, 50 + 20 * 0.870838),
+               curveTolerance);
     clock.advance(0.25);
     EXPECT_EQ(view.frame(), targetFrame);
 }
@@ -206,10 +202,10 @@ TEST_F(NSAnimationContextTest, ASecondAnimationTakesOverFromWhereTheFrameIs) {
     NSView& view = addView();
     animate(1, [&] { view.animator().setFrame(targetFrame); });
     clock.advance(0.5);
-    expectNear(view.frame(), NSMakeRect(60, 40, 70, 60));
+    expectNear(view.frame(), NSMakeRect(60, 40, 70, 60), curveTolerance);
     animate(2, [&] { view.animator().setFrame(NSMakeRect(0, 0, 70, 60)); });
     clock.advance(1);
-    expectNear(view.frame(), NSMakeRect(30, 20, 70, 60));
+    expectNear(view.frame(), NSMakeRect(30, 20, 70, 60), curveTolerance);
     settle();
     EXPECT_EQ(ends, 1) << "of the one that was overtaken";
     clock.advance(1);
@@ -277,7 +273,7 @@ TEST_F(NSAnimationContextTest, AnimatesAWindowsFrameWithoutBlocking) {
     animate(0.5, [&] { window.animator().setFrame(target, true); });
     EXPECT_EQ(window.frame(), NSMakeRect(100, 100, 300, 200));
     clock.advance(0.25);
-    expectNear(window.frame(), NSMakeRect(80, 70, 285.65, 181.95));
+    expectNear(window.frame(), NSMakeRect(80, 70, 285.65, 181.95), curveTolerance);
     EXPECT_EQ(window.content().frame(), NSMakeRect(0, 0, window.width(), window.height()));
     clock.advance(0.25);
     EXPECT_EQ(window.frame(), target);
@@ -300,7 +296,7 @@ TEST_F(NSAnimationContextTest, AWindowIsRedrawnOnceForEachStepWhenAllHasMoved) {
     clock.advance(0.125);
     drawn.drawing = nullptr;
     ASSERT_EQ(frames.size(), 1U);
-    expectNear(frames[0], NSMakeRect(60, 40, 70, 60));
+    expectNear(frames[0], NSMakeRect(60, 40, 70, 60), curveTolerance);
 }
 
 TEST_F(NSAnimationContextTest, AWindowMovedDirectlyStaysThere) {
@@ -343,7 +339,7 @@ TEST_F(NSAnimationContextTest, IsAsLongAsATestSays) {
     NSView& view = addView();
     view.animator().setFrame(targetFrame);
     clock.advance(0.5);
-    expectNear(view.frame(), NSMakeRect(60, 40, 70, 60));
+    expectNear(view.frame(), NSMakeRect(60, 40, 70, 60), curveTolerance);
     clock.advance(0.5);
     EXPECT_EQ(view.frame(), targetFrame);
 }

@@ -22,7 +22,7 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr NSRect startFrame{{100, 100}, {200, 100}};
+constexpr NSRect firstFrame{{100, 100}, {200, 100}};
 constexpr NSRect endFrame{{300, 200}, {100, 150}};
 
 /// Writes down how the animation ended, and whether it was still running then.
@@ -73,7 +73,7 @@ protected:
     }
 
     EndLog log;
-    std::unique_ptr<HostWindow> window = std::make_unique<HostWindow>(startFrame);
+    std::unique_ptr<HostWindow> window = std::make_unique<HostWindow>(firstFrame);
     std::unique_ptr<NSViewAnimation> animation = std::make_unique<NSViewAnimation>();
 };
 
@@ -81,7 +81,7 @@ protected:
 
 TEST_F(ViewAnimation, ThatDoesNotBlockEndsInTheEventLoop) {
     show(*window);
-    start(moveOf(*window, startFrame, endFrame));
+    start(moveOf(*window, firstFrame, endFrame));
     EXPECT_TRUE(animation->isAnimating());
     EXPECT_THAT(log.told, IsEmpty());
     waitForEnd();
@@ -92,7 +92,7 @@ TEST_F(ViewAnimation, ThatDoesNotBlockEndsInTheEventLoop) {
 
 TEST_F(ViewAnimation, ThatBlocksIsOverWhenItsStartReturns) {
     show(*window);
-    animation->setViewAnimations({moveOf(*window, startFrame, endFrame)});
+    animation->setViewAnimations({moveOf(*window, firstFrame, endFrame)});
     animation->setDuration(0.05);
     animation->setDelegate(&log);
     animation->startAnimation();
@@ -106,7 +106,7 @@ TEST_F(ViewAnimation, LastsHalfASecondWhereTheDurationMakesNoSense) {
         log.told.clear();
         QElapsedTimer clock;
         clock.start();
-        start(moveOf(*window, startFrame, endFrame), duration);
+        start(moveOf(*window, firstFrame, endFrame), duration);
         ASSERT_TRUE(QTest::qWaitFor([this] { return !log.told.empty(); }, 10000));
         EXPECT_GE(clock.elapsed(), 499);
         EXPECT_LT(clock.elapsed(), 2500);
@@ -116,11 +116,11 @@ TEST_F(ViewAnimation, LastsHalfASecondWhereTheDurationMakesNoSense) {
 
 TEST_F(ViewAnimation, EasesInAndOutOfTheWay) {
     show(*window);
-    animation->setViewAnimations({moveOf(*window, startFrame, endFrame)});
+    animation->setViewAnimations({moveOf(*window, firstFrame, endFrame)});
     animation->setAnimationBlockingMode(NSAnimationNonblocking);
     animation->setDuration(60);
     animation->startAnimation();
-    EXPECT_EQ(window->frame(), startFrame);
+    EXPECT_EQ(window->frame(), firstFrame);
     animation->setCurrentProgress(0.5F);
     EXPECT_NEAR(window->frame().origin.x, 200, 0.01);
     EXPECT_NEAR(window->frame().size.height, 125, 0.01);
@@ -206,7 +206,7 @@ TEST_F(ViewAnimation, FadesAViewWithAllThatIsInIt) {
 
 TEST_F(ViewAnimation, StoppedStaysWhereItIsAndTellsSo) {
     show(*window);
-    start(moveOf(*window, startFrame, endFrame), 60);
+    start(moveOf(*window, firstFrame, endFrame), 60);
     animation->setCurrentProgress(0.5F);
     const NSRect half = window->frame();
     animation->stopAnimation();
@@ -281,7 +281,7 @@ TEST_F(ViewAnimation, JumpsToItsEndWhereMotionIsReducedInTheMiddle) {
 TEST_F(ViewAnimation, MayBeDestroyedFromAllThatItCalls) {
     show(*window);
     log.atEnd = [this] { animation.reset(); };
-    start(moveOf(*window, startFrame, endFrame), 0.05);
+    start(moveOf(*window, firstFrame, endFrame), 0.05);
     waitForEnd();
     EXPECT_EQ(animation, nullptr);
     EXPECT_EQ(window->frame(), endFrame);
@@ -290,11 +290,11 @@ TEST_F(ViewAnimation, MayBeDestroyedFromAllThatItCalls) {
     animation = std::make_unique<NSViewAnimation>();
     const NSNotificationObservation moves = NSNotificationCenter::defaultCenter().addObserverForName(
         NSWindowDidMoveNotification, window.get(), [this](const NSNotification&) { animation.reset(); });
-    start(moveOf(*window, startFrame, endFrame), 0.05); // the first step is its end
+    start(moveOf(*window, firstFrame, endFrame), 0.05); // the first step is its end
     EXPECT_EQ(animation, nullptr);
     QTest::qWait(100);
     EXPECT_THAT(log.told, IsEmpty());
-    EXPECT_EQ(window->frame(), startFrame);
+    EXPECT_EQ(window->frame(), firstFrame);
 }
 
 TEST_F(ViewAnimation, DestroyedEndsWithoutAWordAndWithTheWindowsOwnOpacity) {
@@ -319,6 +319,6 @@ TEST_F(ViewAnimation, PassesOverWhatItDoesNotUnderstand) {
     start(effectOn(*window, "Sparkle"), 0.05);
     waitForEnd();
     EXPECT_TRUE(window->isVisible());
-    EXPECT_EQ(window->frame(), startFrame);
+    EXPECT_EQ(window->frame(), firstFrame);
     EXPECT_EQ(window->alphaValue(), 1);
 }

@@ -70,13 +70,7 @@ NSRect stretched(const NSRect& frame, const NSSize& before, const NSSize& after,
     return NSMakeRect(across.position, up.position, across.length, up.length);
 }
 
-void expectNear(const NSRect& actual, const NSRect& expected) {
-    constexpr double tolerance = 1e-9;
-    EXPECT_NEAR(actual.origin.x, expected.origin.x, tolerance);
-    EXPECT_NEAR(actual.origin.y, expected.origin.y, tolerance);
-    EXPECT_NEAR(actual.size.width, expected.size.width, tolerance);
-    EXPECT_NEAR(actual.size.height, expected.size.height, tolerance);
-}
+constexpr double frameTolerance = 1e-9; // points
 
 } // namespace
 
@@ -166,7 +160,7 @@ TEST_F(NSViewTest, FollowsItsSuperviewBySpringsAndStrutsInEveryMask) {
             const NSView& view = add(superview, frame, mask);
             superview.setFrameSize(after);
             const NSRect expected = stretched(frame, before, after, mask);
-            expectNear(view.frame(), expected);
+            expectNear(view.frame(), expected, frameTolerance);
             EXPECT_EQ(view.geometry().left(), qRound(expected.origin.x));
             EXPECT_EQ(view.geometry().top(), qRound(after.height - expected.origin.y - expected.size.height));
             EXPECT_EQ(view.geometry().bottom() + 1, qRound(after.height - expected.origin.y));

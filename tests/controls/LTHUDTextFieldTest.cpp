@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr double shadowBlurRadius = 2;
+constexpr double plainShadowBlurRadius = 2;
 
 class LTHUDTextFieldTest : public HUDFieldTest<LTHUDTextField> {};
 
@@ -65,19 +65,20 @@ TEST_F(LTHUDTextFieldTest, UndoesAPasteOverASelection) {
 
 TEST_F(LTHUDTextFieldTest, DrawsItsWellOnItsTrueBounds) {
     showWindow();
-    EXPECT_LE(difference(picture(), well(shadowBlurRadius)), 2);
+    EXPECT_LE(difference(picture(), well(plainShadowBlurRadius)), 2);
     EXPECT_EQ(picture().pixelColor(100, 11), QColor(66, 66, 66)) << "white 0.26";
 }
 
 TEST_F(LTHUDTextFieldAtTwoPixels, DrawsItsWellOnItsTrueBounds) {
     showWindow();
-    EXPECT_LE(difference(picture(), well(shadowBlurRadius)), 2);
+    EXPECT_LE(difference(picture(), well(plainShadowBlurRadius)), 2);
 }
 
 TEST_F(LTHUDTextFieldTest, ShowsItsPlaceholderWhileEmptyAndWithoutTheKeyboard) {
     const QString placeholder = QStringLiteral("Name of the snippet");
-    const QImage empty = well(shadowBlurRadius);
-    const QImage withPlaceholder = well(shadowBlurRadius, [&] { drawPlaceholder(placeholder, field.frame().size); });
+    const QImage empty = well(plainShadowBlurRadius);
+    const QImage withPlaceholder =
+        well(plainShadowBlurRadius, [&] { drawPlaceholder(placeholder, field.frame().size); });
     ASSERT_GT(difference(empty, withPlaceholder), 50);
     showWindow();
     field.setPlaceholderString(placeholder);
@@ -98,8 +99,9 @@ TEST_F(LTHUDTextFieldAtTwoPixels, ShowsItsPlaceholder) {
     const QString placeholder = QStringLiteral("Name of the snippet");
     showWindow();
     field.setPlaceholderString(placeholder);
-    EXPECT_LE(difference(picture(), well(shadowBlurRadius, [&] { drawPlaceholder(placeholder, field.frame().size); })),
-              2);
+    EXPECT_LE(
+        difference(picture(), well(plainShadowBlurRadius, [&] { drawPlaceholder(placeholder, field.frame().size); })),
+        2);
 }
 
 TEST_F(LTHUDTextFieldTest, ShowsNoPlaceholderWhileTextIsComposed) {
@@ -124,7 +126,7 @@ TEST_F(LTHUDTextFieldTest, DrawsWhiteTextWithTheShadowOfItsWell) {
     attributes.foregroundColor = NSColor::whiteColor();
     const NSSize size = sizeWithAttributes(text, attributes);
     const QImage expected =
-        well(shadowBlurRadius, [&] { drawAtPoint(text, NSMakePoint(10, 22 - 4 - size.height), attributes); });
+        well(plainShadowBlurRadius, [&] { drawAtPoint(text, NSMakePoint(10, 22 - 4 - size.height), attributes); });
     EXPECT_EQ(lightPixels(drawnText), lightPixels(expected)) << "10 from the left, 4 from the top";
     // Qt mixes the edges of signs with what is below a little otherwise than the text's own layer is mixed with it.
     EXPECT_LE(difference(drawnText, expected), 24);
@@ -167,10 +169,10 @@ TEST_F(LTHUDTextFieldTest, DrawsTextPalerWhileDisabled) {
     field.setEnabled(false);
     const QImage paler = picture();
     EXPECT_TRUE(lightPixels(paler).isEmpty());
-    EXPECT_GT(difference(paler, well(shadowBlurRadius)), 40) << "but it is there";
+    EXPECT_GT(difference(paler, well(plainShadowBlurRadius)), 40) << "but it is there";
     field.setStringValue(QString());
     EXPECT_TRUE(lightPixels(picture()).isEmpty());
-    EXPECT_GT(difference(picture(), well(shadowBlurRadius)), 20);
+    EXPECT_GT(difference(picture(), well(plainShadowBlurRadius)), 20);
 }
 
 TEST_F(LTHUDTextFieldTest, LeavesNothingOfItsCaretBehind) {
