@@ -5,6 +5,7 @@
 #include <VXKit/platform/appkit/NSButton.h>
 #include <VXKit/platform/foundation/NSGeometry.h>
 
+#include <QObject>
 #include <QSize>
 
 class QWidget;
@@ -19,6 +20,8 @@ class QWidget;
 /// The body is 26 points high whatever the height of the button, and begins at its top; the title is centred in the
 /// whole height, 3 points higher. Disabled, body and title fade. For a button without images see LTHUDFlatButton.
 class VXKIT_EXPORT LTHUDButton : public NSButton {
+    Q_OBJECT
+
 public:
     /// A button without a frame, for a layout of Qt's.
     explicit LTHUDButton(QWidget* parent = nullptr);

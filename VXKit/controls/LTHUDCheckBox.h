@@ -6,6 +6,7 @@
 #include <VXKit/platform/foundation/NSGeometry.h>
 #include <VXKit/platform/graphics/NSFont.h>
 
+#include <QObject>
 #include <QSize>
 #include <QString>
 
@@ -16,6 +17,8 @@ class QWidget;
 /// Both lie at the bottom left of the frame; the view is not flipped. It looks the same when it is disabled. For a
 /// column of check boxes use LTHUDCheckBoxCell.
 class VXKIT_EXPORT LTHUDCheckBox : public NSButton {
+    Q_OBJECT
+
 public:
     /// A check box without a frame, for a layout of Qt's.
     explicit LTHUDCheckBox(QWidget* parent = nullptr);

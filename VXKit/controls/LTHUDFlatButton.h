@@ -5,6 +5,7 @@
 #include <VXKit/platform/appkit/NSButton.h>
 #include <VXKit/platform/foundation/NSGeometry.h>
 
+#include <QObject>
 #include <QSize>
 
 class QWidget;
@@ -14,6 +15,8 @@ class QWidget;
 ///
 /// It looks the same when it is disabled; where that is to be seen, use LTHUDButton.
 class VXKIT_EXPORT LTHUDFlatButton : public NSButton {
+    Q_OBJECT
+
 public:
     /// A button without a frame, for a layout of Qt's.
     explicit LTHUDFlatButton(QWidget* parent = nullptr);

@@ -54,9 +54,9 @@ NSRect LTHUDLineEdit::bounds() const {
 }
 
 void LTHUDLineEdit::awakeFromNib() {
-    if (const QString placeholder = placeholderText(); !placeholder.isEmpty()) {
+    if (const QString placeholder = QLineEdit::placeholderText(); !placeholder.isEmpty()) {
         // Qt would draw it besides, in its own looks.
-        setPlaceholderText(QString());
+        QLineEdit::setPlaceholderText(QString());
         setPlaceholderString(placeholder);
     }
     if (const QString name = property("target").toString(); !name.isEmpty()) {

@@ -5,6 +5,7 @@
 #include <VXKit/platform/appkit/PlainLineEdit.h>
 #include <VXKit/platform/foundation/NSGeometry.h>
 
+#include <QObject>
 #include <QPointer>
 #include <QString>
 
@@ -20,6 +21,9 @@ class NSImage;
 /// Return and Enter press the target and nothing else; Tab, whatever is held with it, goes to the next key view.
 /// Nothing of what a field is linked to is owned.
 class VXKIT_EXPORT LTHUDLineEdit : public PlainLineEdit {
+    Q_OBJECT
+    Q_PROPERTY(QString placeholderText READ placeholderString WRITE setPlaceholderText)
+
 public:
     /// The button that Return and Enter press; without one, and when it is gone, they do nothing here. A key that is
     /// held down presses it once.
@@ -38,12 +42,15 @@ public:
     void setPlaceholderString(const QString& placeholder);
     /// What was set; null at first.
     [[nodiscard]] QString placeholderString() const { return m_placeholder; }
+    /// The same, as code made from a form calls it. Hides that of QLineEdit, whose placeholder would be drawn
+    /// besides, in its own looks.
+    void setPlaceholderText(const QString& placeholder) { setPlaceholderString(placeholder); }
 
     /// Moved to where the text is laid out, except while the field paints its background.
     [[nodiscard]] NSRect bounds() const override;
 
-    /// Takes over what a nib tells by properties: the placeholder that Qt knows (`placeholderText`), and the target, by
-    /// the name of the button (`target`). The fields send no actions themselves.
+    /// Takes over the target that a nib tells by the property `target`, the name of the button, and a placeholder that
+    /// was set as QLineEdit's. The fields send no actions themselves.
     void awakeFromNib() override;
 
     /// Redraws at once, so that the placeholder is not seen beside the caret.

@@ -5,6 +5,8 @@
 #include <VXKit/platform/appkit/NSButton.h>
 #include <VXKit/platform/foundation/NSGeometry.h>
 
+#include <QObject>
+
 class QWidget;
 
 /// The radio button of HUD panels, drawn by LTHUDRadioButtonCell.
@@ -12,6 +14,8 @@ class QWidget;
 /// Of the radio buttons in one superview that are not in a group of Qt's, one at most is on; turning one on turns the
 /// other off, and the arrow keys go from one to the next. It looks the same when it is disabled.
 class VXKIT_EXPORT LTHUDRadioButton : public NSButton {
+    Q_OBJECT
+
 public:
     /// A radio button without a frame, for a layout of Qt's.
     explicit LTHUDRadioButton(QWidget* parent = nullptr);

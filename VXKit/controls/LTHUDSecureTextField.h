@@ -4,6 +4,8 @@
 #include <VXKit/VXKitExport.h>
 #include <VXKit/controls/LTHUDLineEdit.h>
 
+#include <QObject>
+
 /// Whether the system draws a ring around the view with the keyboard. AppKit: `NSFocusRingType`.
 enum NSFocusRingType {
     NSFocusRingTypeDefault = 0,  ///< as is usual for such a view
@@ -20,6 +22,8 @@ enum NSFocusRingType {
 /// The dots begin 10 points from the left and stand in the middle of the height. Otherwise as LTHUDTextField. The
 /// parent owns it.
 class VXKIT_EXPORT LTHUDSecureTextField : public LTHUDLineEdit {
+    Q_OBJECT
+
 public:
     /// A field without a frame, for a layout of Qt's.
     explicit LTHUDSecureTextField(QWidget* parent = nullptr);

@@ -6,6 +6,8 @@
 #include <VXKit/platform/foundation/NSGeometry.h>
 #include <VXKit/platform/graphics/NSColor.h>
 
+#include <QObject>
+
 #include <vector>
 
 /// The table of HUD panels: white text on dark rows, a brown highlight, and the kit's scroll bars.
@@ -14,6 +16,8 @@
 /// is installed already and cannot be toggled (LTHUDCheckBoxCell), any other number on. Without a data source its check
 /// boxes are those of any table.
 class VXKIT_EXPORT LTHUDTableView : public NSTableView {
+    Q_OBJECT
+
 public:
     /// A table without a frame, for a layout of Qt's.
     explicit LTHUDTableView(QWidget* parent = nullptr);

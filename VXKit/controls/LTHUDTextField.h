@@ -5,6 +5,8 @@
 #include <VXKit/controls/LTHUDLineEdit.h>
 #include <VXKit/platform/graphics/NSColor.h>
 
+#include <QObject>
+
 /// A field for one line of text on a dark panel.
 ///
 ///     ╭──────────────────────────────╮
@@ -15,6 +17,8 @@
 /// Enter press the target, Tab goes to the next key view; everything else is a line edit of Qt's, signals included. The
 /// parent owns it. For passwords see LTHUDSecureTextField, for text that nobody types NSTextField.
 class VXKIT_EXPORT LTHUDTextField : public LTHUDLineEdit {
+    Q_OBJECT
+
 public:
     /// A field without a frame, for a layout of Qt's.
     explicit LTHUDTextField(QWidget* parent = nullptr);

@@ -5,6 +5,8 @@
 #include <VXKit/platform/appkit/NSView.h>
 #include <VXKit/platform/foundation/NSGeometry.h>
 
+#include <QObject>
+
 class NSEvent;
 class QWidget;
 
@@ -14,6 +16,8 @@ class QWidget;
 /// window wider, and leaves it to the window's own frame where its left edge goes. It keeps to the window's least size
 /// and to no largest one. See LTResizeCorner for any other window.
 class VXKIT_EXPORT LTLeftResizeCorner : public NSView {
+    Q_OBJECT
+
 public:
     /// A corner without a frame, for a nib or a layout of Qt's.
     explicit LTLeftResizeCorner(QWidget* parent = nullptr);

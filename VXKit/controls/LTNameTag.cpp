@@ -63,6 +63,12 @@ std::unique_ptr<LTNameTag> LTNameTag::nameTagWithDictionary(const NSDictionary& 
     return std::make_unique<LTNameTag>(dictionary);
 }
 
+void LTNameTag::setText(const QString& text) {
+    name = text;
+    setAccessibleName(name);
+    setNeedsDisplay(true);
+}
+
 void LTNameTag::drawRect(const NSRect& /*dirtyRect*/) {
     const NSTextAttributes attributes{.font = NSFont::systemFontOfSize(drawnFontSize),
                                       .foregroundColor = NSColor::whiteColor()};

@@ -6,6 +6,7 @@
 #include <VXKit/platform/foundation/NSGeometry.h>
 #include <VXKit/platform/foundation/NSPropertyList.h>
 
+#include <QObject>
 #include <QString>
 
 #include <memory>
@@ -16,8 +17,11 @@ class QWidget;
 /// A name in small white text, in the middle of a view of its size, for a dark ground; it has none of its own.
 ///
 /// Its size is that of the name in a larger font than it is drawn in, so that there is always room around it. The name
-/// does not change: for text that does, a label of Qt's is simpler. Screen readers read it out.
+/// does not change once it is shown: for text that does, a label of Qt's is simpler. Screen readers read it out.
 class VXKIT_EXPORT LTNameTag : public NSView {
+    Q_OBJECT
+    Q_PROPERTY(QString text READ text WRITE setText)
+
 public:
     /// A tag without a name or a frame, for a nib.
     explicit LTNameTag(QWidget* parent = nullptr);
@@ -32,6 +36,11 @@ public:
     [[nodiscard]] static std::unique_ptr<LTNameTag> nameTagWithName(const QString& name);
     /// A tag of `dictionary`, likewise.
     [[nodiscard]] static std::unique_ptr<LTNameTag> nameTagWithDictionary(const NSDictionary& dictionary);
+
+    /// The name; empty for a tag without one.
+    [[nodiscard]] QString text() const { return name; }
+    /// Gives a tag its name that was made without one, by a form. Its frame stays as it is.
+    void setText(const QString& text);
 
     /// What the tag was made from; nothing for one that was made from a name.
     [[nodiscard]] const std::optional<NSDictionary>& dictionary() const { return dic; }

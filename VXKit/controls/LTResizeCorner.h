@@ -5,6 +5,8 @@
 #include <VXKit/platform/appkit/NSView.h>
 #include <VXKit/platform/foundation/NSGeometry.h>
 
+#include <QObject>
+
 class NSEvent;
 class QWidget;
 
@@ -15,6 +17,8 @@ class QWidget;
 /// NSViewMaxYMargin). Windows with a frame of the window manager's have borders for this; for the bottom left corner
 /// there is LTLeftResizeCorner.
 class VXKIT_EXPORT LTResizeCorner : public NSView {
+    Q_OBJECT
+
 public:
     /// A corner without a frame, for a nib or a layout of Qt's.
     explicit LTResizeCorner(QWidget* parent = nullptr);

@@ -11,6 +11,7 @@
 #include <VXKit/platform/graphics/NSImage.h>
 #include <VXKit/support/VXKitResources.h>
 
+#include <QApplication>
 #include <QPointer>
 
 namespace {
@@ -65,6 +66,10 @@ LTHUDWindow::LTHUDWindow(const NSRect& contentRect, unsigned /*styleMask*/, NSBa
     observe(NSWindowDidResizeNotification, this);
     observe(NSApplicationDidBecomeActiveNotification, nullptr);
     observe(NSApplicationDidResignActiveNotification, nullptr);
+    if (!NSApplication::sharedApplication()) {
+        // A plain Qt program, where nothing is posted.
+        connect(qApp, &QGuiApplication::applicationStateChanged, this, [this] { updateBackground(); });
+    }
     setOpaque(false);
     setCollectionBehavior(NSWindowCollectionBehaviorCanJoinAllSpaces);
     updateBackground();

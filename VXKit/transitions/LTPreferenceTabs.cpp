@@ -39,8 +39,11 @@ QAccessibleInterface* describeTabs(const QString& className, QObject* object) {
 
 } // namespace
 
-LTPreferenceTabs::LTPreferenceTabs(const NSRect& frame, QWidget* parent) : NSView(parent) {
+LTPreferenceTabs::LTPreferenceTabs(QWidget* parent) : NSView(parent) {
     QAccessible::installFactory(describeTabs); // which Qt does once
+}
+
+LTPreferenceTabs::LTPreferenceTabs(const NSRect& frame, QWidget* parent) : LTPreferenceTabs(parent) {
     NSView::setFrame(frame);
 }
 
@@ -63,6 +66,27 @@ void LTPreferenceTabs::setTabNames(const QStringList& names) {
     checkIndex(0, tabs.size());
     if (auto* first = qobject_cast<_LTPrefTab*>(tabs.front())) {
         first->setSelected(true);
+    }
+}
+
+QStringList LTPreferenceTabs::tabTitles() const {
+    QStringList titles;
+    for (QWidget* view : subviews()) {
+        if (const auto* tab = qobject_cast<_LTPrefTab*>(view)) {
+            titles.append(tab->title());
+        }
+    }
+    return titles;
+}
+
+void LTPreferenceTabs::setTabTitles(const QStringList& titles) {
+    for (QWidget* view : subviews()) {
+        if (qobject_cast<_LTPrefTab*>(view)) {
+            delete view;
+        }
+    }
+    if (!titles.isEmpty()) {
+        setTabNames(titles);
     }
 }
 

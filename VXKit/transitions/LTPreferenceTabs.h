@@ -31,8 +31,11 @@ class _LTPrefTab;
 /// the first and the last, and Space and Return press it.
 class VXKIT_EXPORT LTPreferenceTabs : public NSView {
     Q_OBJECT
+    Q_PROPERTY(QStringList tabTitles READ tabTitles WRITE setTabTitles)
 
 public:
+    /// A row without a frame, for a form or a layout of Qt's.
+    explicit LTPreferenceTabs(QWidget* parent = nullptr);
     /// AppKit: `-initWithFrame:`.
     explicit LTPreferenceTabs(const NSRect& frame, QWidget* parent = nullptr);
     /// Deletes those of its views that have no superview.
@@ -42,6 +45,11 @@ public:
     /// called again, the new ones lie on the old. Throws NSRangeException where there is no tab then. AppKit:
     /// `-setTabNames:`.
     void setTabNames(const QStringList& names);
+    /// The names of the tabs, in their order.
+    [[nodiscard]] QStringList tabTitles() const;
+    /// Puts a tab for each title in place of those that there are, as a form has it set again and again; none leaves
+    /// the row empty.
+    void setTabTitles(const QStringList& titles);
     /// The views of the tabs, in their order, and shows that of the selected tab. It keeps the views: one that has no
     /// superview is deleted when it is replaced, or with the row. AppKit: `-setTabViews:`.
     void setTabViews(std::vector<QWidget*> views);

@@ -35,8 +35,11 @@ Way wayOf(int direction, const NSSize& size) {
 
 } // namespace
 
-LTSwitchableView::LTSwitchableView(const NSRect& frame, QWidget* parent) : NSView(parent) {
+LTSwitchableView::LTSwitchableView(const NSRect& frame, QWidget* parent) : LTSwitchableView(parent) {
     NSView::setFrame(frame);
+}
+
+LTSwitchableView::LTSwitchableView(QWidget* parent) : NSView(parent) {
     setPostsFrameChangedNotifications(true);
     NSNotificationCenter::defaultCenter().addObserver(
         this, [this](const NSNotification&) { _frameChanged(); }, NSViewFrameDidChangeNotification,

@@ -5,6 +5,7 @@
 #include <VXKit/platform/appkit/NSView.h>
 #include <VXKit/platform/foundation/NSGeometry.h>
 
+#include <QObject>
 #include <QPointer>
 #include <QWidget>
 
@@ -26,7 +27,11 @@
 /// The view shown and the one before it are subviews, and belong to the container as any subview; the one before those
 /// is taken out and belongs to the host again.
 class VXKIT_EXPORT LTSwitchableView : public NSView {
+    Q_OBJECT
+
 public:
+    /// A container without a frame, for a form or a layout of Qt's.
+    explicit LTSwitchableView(QWidget* parent = nullptr);
     /// AppKit: `-initWithFrame:`.
     explicit LTSwitchableView(const NSRect& frame, QWidget* parent = nullptr);
     ~LTSwitchableView() override;

@@ -1,34 +1,19 @@
 // SPDX-License-Identifier: MIT
 // The help window, with either engine: VXKIT_TEST_ENGINE=web in the environment says that it is Qt WebEngine, otherwise
 // it is the text browser.
-#include "HelpServer.h"
+#include "HelpHost.h"
 
-#include <VXKit/app/LTApplication.h>
-#include <VXKit/app/LTHelpLoader.h>
 #include <VXKit/platform/appkit/NSURLCache.h>
-#include <VXKit/platform/appkit/WebView.h>
-#include <VXKit/platform/desktop/NSWorkspace.h>
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
-#include <VXKit/platform/foundation/NSUserDefaults.h>
 
 #include <QAbstractButton>
-#include <QBuffer>
 #include <QFile>
-#include <QImage>
-#include <QLabel>
 #include <QProgressBar>
-#include <QScrollBar>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTextBrowser>
 #include <QWheelEvent>
 
-#include <memory>
-#include <string>
 #include <unistd.h>
-#include <vector>
 
-#include <cerrno>
 #include <cstring>
 
 #include <gmock/gmock.h>
@@ -39,8 +24,6 @@ using testing::IsEmpty;
 using testing::Not;
 
 namespace {
-
-constexpr int patience = 30000; // milliseconds
 
 bool testsWebEngine() {
     return qEnvironmentVariable("VXKIT_TEST_ENGINE") == QLatin1String("web");
@@ -68,103 +51,6 @@ NSURLRequest requestFor(const QUrl& url, double timeout = 60) {
     request.timeoutInterval = timeout;
     return request;
 }
-
-class OpenedAddresses : public NSWorkspace {
-public:
-    explicit OpenedAddresses(std::vector<QUrl>& opened) : m_opened(opened) {}
-    bool openURL(const QUrl& url) override {
-        m_opened.push_back(url);
-        return true;
-    }
-
-private:
-    std::vector<QUrl>& m_opened;
-};
-
-class HelpedApplication : public LTApplication {
-public:
-    HelpedApplication() : LTApplication(s_argc, s_argv) {}
-    QUrl helpURL() const override { return help; }
-
-    QUrl help;
-
-private:
-    static inline char s_name[] = "host";
-    static inline char* s_argv[] = {s_name, nullptr};
-    static inline int s_argc = 1;
-};
-
-/// The kit's window, driven as a person does.
-class HelpWindow : public testing::Test {
-protected:
-    HelpWindow() {
-        NSUserDefaults::standardUserDefaults().setBool(true, "VXReduceMotion");
-        NSWorkspace::setSharedWorkspace(std::make_unique<OpenedAddresses>(opened));
-        LTHelpLoader::loader();
-        QObject::connect(&view(), &WebView::loadingStarted, &application, [this] { ++started; });
-        QObject::connect(&view(), &WebView::loadingFinished, &application, [this](const QString& reason, const QUrl&) {
-            ++finished;
-            lastReason = reason;
-        });
-    }
-    ~HelpWindow() override { NSWorkspace::setSharedWorkspace(nullptr); }
-
-    static LTHelpLoader& loader() { return LTHelpLoader::loader(); }
-    static WebView& view() { return *loader().textView(); }
-    static NSWindow& window() { return *loader().window(); }
-
-    template <class Widget = QWidget>
-    static Widget& part(const char* name) {
-        return *window().findChild<Widget*>(QString::fromLatin1(name));
-    }
-
-    template <class Condition>
-    static bool eventually(Condition condition) {
-        return QTest::qWaitFor(condition, patience);
-    }
-
-    void show(const QUrl& url) {
-        application.help = url;
-        const int before = finished;
-        application.showHelp(nullptr);
-        ASSERT_TRUE(eventually([&] { return finished > before; }));
-    }
-    /// Does what leads to another page, and waits for it.
-    template <class Action>
-    void loads(Action action) {
-        const int before = finished;
-        action();
-        ASSERT_TRUE(eventually([&] { return finished > before; }));
-    }
-
-    static QString text() {
-        QString result;
-        bool isThere = false;
-        view().mainFrame().readText([&](const QString& read) {
-            result = read;
-            isThere = true;
-        });
-        EXPECT_TRUE(eventually([&] { return isThere; }));
-        return result.trimmed();
-    }
-    static bool isFailureShown() { return part("errorPane").isVisible(); }
-    static std::string reason() { return part<QLabel>("errorReason").text().toStdString(); }
-    static std::string address() { return part<QLabel>("errorAddress").text().remove(QChar(0x200b)).toStdString(); }
-    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        QTest::keyClick(window().windowHandle(), key, modifiers);
-    }
-    static bool usesTextBrowser() { return view().findChild<QTextBrowser*>() != nullptr; }
-
-    std::vector<QUrl> opened;
-    HelpedApplication application;
-    HelpServer server;
-    int started = 0;
-    int finished = 0;
-    QString lastReason;
-};
-
-/// What holds for the text browser alone: what it cannot show, and how it keeps its limits.
-class TextHelpWindow : public HelpWindow {};
 
 /// What needs the application object but no window.
 class Help : public testing::Test {
@@ -534,137 +420,4 @@ TEST_F(HelpWindow, ComesToTheFrontWithTheKeyboardWhereItIsShownAlready) {
     ASSERT_TRUE(eventually([&] { return other.isKeyWindow(); }));
     show(server.url());
     EXPECT_TRUE(eventually([] { return window().isKeyWindow(); }));
-}
-
-TEST_F(TextHelpWindow, ShowsPicturesOfTheServerAndItsRedirects) {
-    QImage dot(40, 30, QImage::Format_RGB32);
-    dot.fill(Qt::red);
-    QByteArray png;
-    QBuffer buffer(&png);
-    ASSERT_TRUE(buffer.open(QIODevice::WriteOnly));
-    ASSERT_TRUE(dot.save(&buffer, "PNG"));
-    server.put("/help", "<img src=moved.png>");
-    server.putStatus("/moved.png", "302 Found", "Location: /dot.png\r\n");
-    server.put("/dot.png", png, "image/png");
-    show(server.url());
-    const QImage picture = view().grab().toImage();
-    int red = 0;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            red += picture.pixelColor(x, y) == QColor(Qt::red) ? 1 : 0;
-        }
-    }
-    EXPECT_EQ(red, 40 * 30);
-}
-
-TEST_F(TextHelpWindow, ReadsPagesInTheEncodingOfTheirServerOrTheirOwn) {
-    server.put("/help",
-               "<p>Gr\xFC\xDF"
-               "e</p>",
-               "text/html; charset=\"ISO-8859-1\"");
-    show(server.url());
-    EXPECT_EQ(text(), QStringLiteral("Grüße"));
-    server.put("/help",
-               "<meta charset=iso-8859-1><p>Gr\xFC\xDF"
-               "e</p>",
-               "text/html");
-    show(server.url());
-    EXPECT_EQ(text(), QStringLiteral("Grüße"));
-    server.put("/help", "<p>Grüße</p>", "text/html");
-    show(server.url());
-    EXPECT_EQ(text(), QStringLiteral("Grüße"));
-}
-
-TEST_F(TextHelpWindow, ShowsPlainTextAsItIs) {
-    server.put("/help", "<b>1 & 2\n  3", "text/plain");
-    show(server.url());
-    EXPECT_EQ(text(), QStringLiteral("<b>1 & 2\n  3"));
-}
-
-TEST_F(TextHelpWindow, FailsForPagesWithoutAnEnd) {
-    server.put("/help", QByteArray(5 * 1024 * 1024, 'x'));
-    show(server.url());
-    EXPECT_TRUE(isFailureShown());
-    EXPECT_EQ(reason(), "The page is too large.");
-}
-
-TEST_F(TextHelpWindow, FailsForElementsThatLieTooDeep) {
-    QByteArray deep;
-    for (int depth = 0; depth < 10000; ++depth) {
-        deep += "<table><tr><td>";
-    }
-    server.put("/help", deep);
-    show(server.url());
-    EXPECT_TRUE(isFailureShown());
-}
-
-TEST_F(TextHelpWindow, ShowsGarbageWithoutFalling) {
-    QByteArray garbage;
-    unsigned state = 1;
-    for (int count = 0; count < 200000; ++count) {
-        state = state * 1103515245U + 12345U;
-        garbage += static_cast<char>(state >> 16U);
-    }
-    server.put("/help", garbage);
-    show(server.url());
-    EXPECT_FALSE(view().isLoading());
-}
-
-TEST_F(TextHelpWindow, FailsForFilesThatAreNoPages) {
-    server.put("/help", "PK", "application/zip");
-    show(server.url());
-    EXPECT_TRUE(isFailureShown());
-    EXPECT_THAT(reason(), HasSubstr("application/zip"));
-}
-
-TEST_F(TextHelpWindow, RefusesDevicesWithoutWaitingForThem) {
-    show(QUrl(QStringLiteral("file:///dev/zero")));
-    EXPECT_TRUE(isFailureShown());
-}
-
-TEST_F(TextHelpWindow, OpensLinksToOtherHostsInTheBrowserAndStaysWhereItIs) {
-    server.put("/help", "<p>Page</p>");
-    show(server.url());
-    auto& browser = *view().findChild<QTextBrowser*>();
-    Q_EMIT browser.anchorClicked(QUrl(QStringLiteral("http://example.invalid/page")));
-    Q_EMIT browser.anchorClicked(QUrl(QStringLiteral("mailto:someone@example.invalid")));
-    Q_EMIT browser.anchorClicked(QUrl(QStringLiteral("file:///etc/passwd")));
-    Q_EMIT browser.anchorClicked(QUrl(QStringLiteral("programs:start")));
-    EXPECT_THAT(opened, ElementsAre(QUrl(QStringLiteral("http://example.invalid/page")),
-                                    QUrl(QStringLiteral("mailto:someone@example.invalid"))));
-    EXPECT_EQ(started, 1);
-}
-
-TEST_F(TextHelpWindow, FollowsLinksOfItsServerAndToPlacesInThePage) {
-    QByteArray page = "<p>Top</p>";
-    for (int line = 0; line < 200; ++line) {
-        page += "<p>line</p>";
-    }
-    server.put("/help", page + "<p><a name=end>End</a></p>");
-    server.put("/next", "<p>Next</p>");
-    show(server.url());
-    auto& browser = *view().findChild<QTextBrowser*>();
-    Q_EMIT browser.anchorClicked(QUrl(QStringLiteral("#end")));
-    EXPECT_EQ(started, 1);
-    EXPECT_GT(browser.verticalScrollBar()->value(), 0);
-    EXPECT_EQ(view().mainFrameURL().fragment(), QStringLiteral("end"));
-    view().goBack();
-    EXPECT_EQ(browser.verticalScrollBar()->value(), 0);
-    EXPECT_TRUE(view().mainFrameURL().fragment().isEmpty());
-    loads([&] { Q_EMIT browser.anchorClicked(QUrl(QStringLiteral("next"))); });
-    EXPECT_EQ(text(), QStringLiteral("Next"));
-}
-
-TEST_F(TextHelpWindow, DrawsTextLargerThatNamesItsOwnSize) {
-    server.put("/help", "<p style=\"font-size: 20px\">Page</p>");
-    show(server.url());
-    auto& browser = *view().findChild<QTextBrowser*>();
-    const double before = browser.document()->size().height();
-    for (int turn = 0; turn < 5; ++turn) {
-        view().zoomPageIn();
-    }
-    EXPECT_EQ(view().pageSizeMultiplier(), 2);
-    EXPECT_GT(browser.document()->size().height(), before + 20);
-    view().resetPageZoom();
-    EXPECT_EQ(browser.document()->size().height(), before);
 }

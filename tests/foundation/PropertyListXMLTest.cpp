@@ -275,8 +275,9 @@ TEST(PropertyListXML, RefusesInvalidUTF8WithItsLine) {
                             "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "\xE2\x82"}) {
         EXPECT_EQ(xmlError("\n\n<string>"s + bad + "</string>"), "line 4: the text is not valid UTF-8");
         // Far enough from the start to be met by the fast path.
-        EXPECT_EQ(xmlError(std::string(200, '\n') + "<string>é" + std::string(100, 'a') + bad + "</string>"),
-                  "line 202: the text is not valid UTF-8");
+        std::string farther(200, '\n');
+        farther.append("<string>é").append(100, 'a').append(bad).append("</string>");
+        EXPECT_EQ(xmlError(farther), "line 202: the text is not valid UTF-8");
     }
 }
 

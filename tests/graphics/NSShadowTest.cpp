@@ -31,11 +31,11 @@ NSShadow shadowOf(const NSColor& color, double blurRadius, NSSize offset) {
     return shadow;
 }
 
-// What `drawing` must look like with a shadow: its own coverage, blurred, moved and coloured, and itself on top.
-QImage withShadow(NSSize size, double ratio, const std::function<void()>& drawing, const NSShadow& shadow) {
+// What `work` must look like with a shadow: its own coverage, blurred, moved and coloured, and itself on top.
+QImage withShadow(NSSize size, double ratio, const std::function<void()>& work, const NSShadow& shadow) {
     const double deviation = shadow.shadowBlurRadius() / 2 * ratio;
     const int margin = GaussianBlurReach(deviation) + 20;
-    const QImage shape = drawn(size, ratio, drawing);
+    const QImage shape = drawn(size, ratio, work);
     QImage coverage = QImage(shape.size() + QSize(2, 2) * margin, QImage::Format_ARGB32_Premultiplied);
     coverage.fill(Qt::transparent);
     QPainter(&coverage).drawImage(margin, margin, shape);

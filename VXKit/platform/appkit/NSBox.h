@@ -6,6 +6,7 @@
 #include <VXKit/platform/foundation/NSGeometry.h>
 
 #include <QFrame>
+#include <QObject>
 
 extern template class VXKIT_EXPORT ViewOf<QFrame>;
 
@@ -13,6 +14,8 @@ extern template class VXKIT_EXPORT ViewOf<QFrame>;
 ///
 /// Stands for AppKit's class of the same name, as far as lines go.
 class VXKIT_EXPORT NSBox : public ViewOf<QFrame> {
+    Q_OBJECT
+
 public:
     /// A box without a frame, for a layout of Qt's.
     explicit NSBox(QWidget* parent = nullptr);

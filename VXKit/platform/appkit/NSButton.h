@@ -8,6 +8,7 @@
 #include <VXKit/platform/graphics/NSStringDrawing.h>
 
 #include <QAbstractButton>
+#include <QObject>
 #include <QSize>
 #include <QString>
 
@@ -27,6 +28,9 @@ extern template class VXKIT_EXPORT ViewOf<QAbstractButton>;
 ///
 /// Its own coordinates are flipped, as a control's are. Stands for AppKit's class of the same name.
 class VXKIT_EXPORT NSButton : public ViewOf<QAbstractButton> {
+    Q_OBJECT
+    Q_PROPERTY(int tag READ tag WRITE setTag)
+
 public:
     /// A button without a frame, for a layout of Qt's.
     explicit NSButton(QWidget* parent = nullptr);

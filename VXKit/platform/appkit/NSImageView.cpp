@@ -25,14 +25,25 @@ NSRect placeOfPicture(const NSSize& size, const NSRect& bounds, NSImageScaling s
 
 } // namespace
 
-NSImageView::NSImageView(const NSRect& frame) {
-    setFrame(frame);
+NSImageView::NSImageView(QWidget* parent) : NSView(parent) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+NSImageView::NSImageView(const NSRect& frame) : NSImageView(nullptr) {
+    setFrame(frame);
 }
 
 void NSImageView::setImage(std::shared_ptr<NSImage> image) {
     m_image = std::move(image);
     setNeedsDisplay(true);
+}
+
+QPixmap NSImageView::pixmap() const {
+    return m_image ? QPixmap::fromImage(m_image->imageForScale(devicePixelRatioF())) : QPixmap();
+}
+
+void NSImageView::setPixmap(const QPixmap& pixmap) {
+    setImage(pixmap.isNull() ? nullptr : NSImage::initWithQImage(pixmap.toImage()));
 }
 
 void NSImageView::setImageScaling(NSImageScaling scaling) {

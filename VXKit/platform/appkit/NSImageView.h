@@ -3,6 +3,9 @@
 
 #include <VXKit/platform/appkit/NSView.h>
 
+#include <QObject>
+#include <QPixmap>
+
 #include <memory>
 
 class NSImage;
@@ -17,7 +20,12 @@ enum NSImageScaling {
 /// A view that shows a picture, without a frame around it. It takes no input. Stands for AppKit's class of the same
 /// name.
 class VXKIT_EXPORT NSImageView : public NSView {
+    Q_OBJECT
+    Q_PROPERTY(QPixmap pixmap READ pixmap WRITE setPixmap)
+
 public:
+    /// A view without a frame, for a form or a layout of Qt's.
+    explicit NSImageView(QWidget* parent);
     /// AppKit: `-initWithFrame:`.
     explicit NSImageView(const NSRect& frame = NSZeroRect);
 
@@ -25,6 +33,11 @@ public:
     void setImage(std::shared_ptr<NSImage> image);
     /// AppKit: `-image`.
     [[nodiscard]] const std::shared_ptr<NSImage>& image() const { return m_image; }
+
+    /// The picture for the screen that the view is on; null where there is none.
+    [[nodiscard]] QPixmap pixmap() const;
+    /// Shows a picture of Qt's, as a form has it.
+    void setPixmap(const QPixmap& pixmap);
 
     /// NSScaleProportionally at first. A picture that does not fill the view is in its middle.
     /// AppKit: `-setImageScaling:`.

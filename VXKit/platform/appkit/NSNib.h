@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 
 #include <functional>
@@ -138,6 +139,12 @@ public:
     static void registerClass(const QString& className) {
         registerFactory(className, factoryOf<T>());
     }
+
+    /// The names of the classes of views, not of windows, that nibs can have objects of.
+    [[nodiscard]] static QStringList viewClasses();
+    /// Makes a view of one of these classes, as a nib has it before its properties are set and without a name. It
+    /// belongs to `parent`, without one to the caller. Null for a class that is not one of these.
+    [[nodiscard]] static QWidget* makeView(const QString& className, QWidget* parent);
 
 private:
     friend class NSNibConnections;

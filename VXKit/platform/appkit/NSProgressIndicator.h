@@ -6,6 +6,7 @@
 #include <VXKit/platform/foundation/NSGeometry.h>
 #include <VXKit/platform/graphics/NSFont.h>
 
+#include <QObject>
 #include <QProgressBar>
 #include <QSize>
 #include <QTimer>
@@ -27,6 +28,14 @@ extern template class VXKIT_EXPORT ViewOf<QProgressBar>;
 /// It moves only while it was started, can be seen, and the person does not wish less motion: a wheel turns slowly
 /// then, a bar stands. Stands for AppKit's class of the same name.
 class VXKIT_EXPORT NSProgressIndicator : public ViewOf<QProgressBar> {
+    Q_OBJECT
+    Q_PROPERTY(bool spinning READ isSpinning WRITE setSpinning)
+    Q_PROPERTY(bool indeterminate READ isIndeterminate WRITE setIndeterminate)
+    Q_PROPERTY(double minValue READ minValue WRITE setMinValue)
+    Q_PROPERTY(double maxValue READ maxValue WRITE setMaxValue)
+    Q_PROPERTY(double doubleValue READ doubleValue WRITE setDoubleValue)
+    Q_PROPERTY(bool displayedWhenStopped READ isDisplayedWhenStopped WRITE setDisplayedWhenStopped)
+
 public:
     /// One without a frame, for a layout of Qt's.
     explicit NSProgressIndicator(QWidget* parent = nullptr);
@@ -38,6 +47,12 @@ public:
     [[nodiscard]] NSProgressIndicatorStyle indicatorStyle() const { return m_style; }
     /// Redraws it.
     void setIndicatorStyle(NSProgressIndicatorStyle style);
+    /// Whether it is a wheel or a pie: the style, as forms have it.
+    [[nodiscard]] bool isSpinning() const { return m_style == NSProgressIndicatorSpinningStyle; }
+    /// The style of a wheel or that of a bar.
+    void setSpinning(bool flag) {
+        setIndicatorStyle(flag ? NSProgressIndicatorSpinningStyle : NSProgressIndicatorBarStyle);
+    }
 
     /// Whether nobody knows how far it is. Yes, at first. AppKit: `-isIndeterminate`.
     [[nodiscard]] bool isIndeterminate() const { return m_isIndeterminate; }

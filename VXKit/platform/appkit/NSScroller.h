@@ -7,6 +7,7 @@
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
 #include <VXKit/platform/graphics/NSFont.h>
 
+#include <QObject>
 #include <QScrollBar>
 #include <QSize>
 
@@ -50,6 +51,8 @@ extern template class VXKIT_EXPORT ViewOf<QScrollBar>;
 /// Its own coordinates are flipped: y 0 is the top, where a vertical scroller has its least value. It is drawn anew
 /// when the application is activated or resigns. Stands for AppKit's class of the same name.
 class VXKIT_EXPORT NSScroller : public ViewOf<QScrollBar> {
+    Q_OBJECT
+
 public:
     /// A scroller without a frame, upright.
     explicit NSScroller(QWidget* parent = nullptr);

@@ -1,26 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include <VXKit/platform/appkit/NSTableView.h>
 
+#include <VXKit/platform/appkit/ArrangedObjectsModel.h>
+#include <VXKit/platform/appkit/CellDelegate.h>
 #include <VXKit/platform/appkit/NSArrayController.h>
 #include <VXKit/platform/appkit/NSButtonCell.h>
 #include <VXKit/platform/appkit/NSEvent.h>
-#include <VXKit/platform/graphics/NSBezierPath.h>
-#include <VXKit/platform/graphics/NSGraphics.h>
-#include <VXKit/platform/graphics/NSGraphicsContext.h>
+#include <VXKit/platform/graphics/NSFont.h>
 #include <VXKit/platform/graphics/QtColor.h>
 
-#include <QAbstractTableModel>
-#include <QBrush>
 #include <QHeaderView>
-#include <QItemSelectionModel>
 #include <QLocale>
-#include <QPainter>
 #include <QPalette>
 #include <QStyledItemDelegate>
 
 #include <algorithm>
 #include <cmath>
-#include <string>
 #include <utility>
 
 template class ViewOf<QTableView>;
@@ -30,163 +25,12 @@ namespace {
 constexpr int standardRowHeight = 20; // points
 constexpr double highestRow = 10'000;
 
-NSTextAlignment alignmentOf(const QVariant& alignment, NSTextAlignment standard) {
-    if (!alignment.isValid()) {
-        return standard;
-    }
-    const Qt::Alignment flags(alignment.toInt());
-    if (flags & Qt::AlignHCenter) {
-        return NSCenterTextAlignment;
-    }
-    return flags & Qt::AlignRight ? NSRightTextAlignment : standard;
-}
-
 bool isPlainSpace(const NSEvent& event) {
     constexpr unsigned held = NSShiftKeyMask | NSControlKeyMask | NSAlternateKeyMask | NSCommandKeyMask;
     return event.characters() == u' ' && (event.modifierFlags() & held) == 0;
 }
 
 } // namespace
-
-/// The rows of a data source, as Qt's views want them.
-class NSTableView::ArrangedObjectsModel : public QAbstractTableModel {
-public:
-    explicit ArrangedObjectsModel(NSTableView& table) : QAbstractTableModel(&table), m_table(table) {}
-
-    void setSource(NSArrayController* source) {
-        beginResetModel();
-        if (m_source) {
-            m_source->disconnect(this);
-        }
-        m_source = source;
-        if (source) {
-            connect(source, &NSArrayController::contentWillChange, this, [this] { beginResetModel(); });
-            connect(source, &NSArrayController::contentDidChange, this, [this] { endResetModel(); });
-            connect(source, &NSArrayController::orderWillChange, this, [this] { Q_EMIT layoutAboutToBeChanged(); });
-            connect(source, &NSArrayController::orderDidChange, this,
-                    [this](const std::vector<int>& order) { takeOrder(order); });
-            connect(source, &NSArrayController::valueDidChange, this, [this](int row) {
-                if (row < rowCount({}) && !m_columns.empty()) {
-                    Q_EMIT dataChanged(index(row, 0), index(row, columnCount({}) - 1));
-                }
-            });
-            connect(source, &QObject::destroyed, this, [this] {
-                beginResetModel();
-                endResetModel();
-            });
-        }
-        endResetModel();
-    }
-
-    void addColumn(const QString& identifier, const QString& title) {
-        const int place = columnCount({});
-        beginInsertColumns({}, place, place);
-        m_columns.push_back({identifier.toStdString(), title});
-        endInsertColumns();
-    }
-
-    [[nodiscard]] const std::string& identifier(int column) const {
-        return m_columns[static_cast<std::size_t>(column)].identifier;
-    }
-
-    [[nodiscard]] const NSPropertyList* value(const QModelIndex& index) const {
-        const auto row = static_cast<std::size_t>(index.row());
-        if (!m_source || index.row() < 0 || row >= m_source->arrangedObjects().size()) {
-            return nullptr;
-        }
-        const auto* const object = m_source->arrangedObjects()[row].as<NSDictionary>();
-        return object ? object->objectForKey(identifier(index.column())) : nullptr;
-    }
-
-    int rowCount(const QModelIndex& parent) const override {
-        return parent.isValid() || !m_source ? 0 : static_cast<int>(m_source->arrangedObjects().size());
-    }
-    int columnCount(const QModelIndex& parent) const override {
-        return parent.isValid() ? 0 : static_cast<int>(m_columns.size());
-    }
-    QVariant data(const QModelIndex& index, int role) const override {
-        const NSPropertyList* const object = value(index);
-        if (m_table.isOfButtonCell(index.column())) {
-            return role == Qt::CheckStateRole
-                       ? QVariant(object && NSIntValue(*object) != 0 ? Qt::Checked : Qt::Unchecked)
-                       : QVariant();
-        }
-        return role == Qt::DisplayRole && object ? QVariant(object->description()) : QVariant();
-    }
-    Qt::ItemFlags flags(const QModelIndex& index) const override {
-        const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
-        return m_table.isOfButtonCell(index.column()) ? flags | Qt::ItemIsUserCheckable : flags;
-    }
-    /// Of a check box, by whom Qt's accessibility asks, too.
-    bool setData(const QModelIndex& index, const QVariant& value, int role) override {
-        if (role != Qt::CheckStateRole || !m_source || !index.isValid()) {
-            return false;
-        }
-        return m_source->setValue(value.toInt() == Qt::Unchecked ? 0 : 1, identifier(index.column()),
-                                  static_cast<std::size_t>(index.row()));
-    }
-    QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
-        if (orientation == Qt::Vertical || role != Qt::DisplayRole || section >= columnCount({})) {
-            return QAbstractTableModel::headerData(section, orientation, role);
-        }
-        return m_columns[static_cast<std::size_t>(section)].title;
-    }
-    void sort(int column, Qt::SortOrder order) override {
-        if (m_source && column >= 0 && column < columnCount({})) {
-            m_source->sort(identifier(column), order == Qt::AscendingOrder);
-        }
-    }
-
-private:
-    struct Column {
-        std::string identifier;
-        QString title;
-    };
-
-    void takeOrder(const std::vector<int>& order) {
-        std::vector<int> now(order.size());
-        for (std::size_t place = 0; place < order.size(); ++place) {
-            now[static_cast<std::size_t>(order[place])] = static_cast<int>(place);
-        }
-        const QModelIndexList before = persistentIndexList();
-        QModelIndexList after;
-        for (const QModelIndex& each : before) {
-            const auto row = static_cast<std::size_t>(each.row());
-            after.append(row < now.size() ? index(now[row], each.column()) : QModelIndex());
-        }
-        changePersistentIndexList(before, after);
-        Q_EMIT layoutChanged();
-    }
-
-    NSTableView& m_table;
-    QPointer<NSArrayController> m_source;
-    std::vector<Column> m_columns;
-};
-
-/// Lets the cells of the table draw, and take the clicks.
-class NSTableView::CellDelegate : public QStyledItemDelegate {
-public:
-    explicit CellDelegate(NSTableView& table) : QStyledItemDelegate(&table), m_table(table) {}
-
-    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        const NSGraphicsContext context(*painter, m_table.viewport()->height(), true);
-        m_table.drawCell(index, NSRectFromQRectF(QRectF(option.rect)));
-    }
-
-    QSize sizeHint(const QStyleOptionViewItem& /*option*/, const QModelIndex& index) const override {
-        NSCell* cell = m_table.preparedCellAtColumn(index.column(), index.row());
-        const NSSize size = cell ? cell->cellSize() : NSZeroSize;
-        return {static_cast<int>(std::ceil(size.width)), static_cast<int>(std::ceil(size.height))};
-    }
-
-    bool editorEvent(QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option,
-                     const QModelIndex& index) override {
-        return !m_table.isOfButtonCell(index.column()) && QStyledItemDelegate::editorEvent(event, model, option, index);
-    }
-
-private:
-    NSTableView& m_table;
-};
 
 NSTableView::NSTableView(QWidget* parent) : ViewOf<QTableView>(parent) {
     setUp();
@@ -321,15 +165,6 @@ void NSTableView::setIntValueOfCell(int value, int column, int row) {
     }
 }
 
-std::vector<NSColor> NSTableView::_alternatingRowBackgroundColors() const {
-    return {NSColorFromQColor(palette().color(QPalette::Base)),
-            NSColorFromQColor(palette().color(QPalette::AlternateBase))};
-}
-
-NSColor NSTableView::_highlightColorForCell(const NSCell* /*cell*/) const {
-    return NSColorFromQColor(palette().color(QPalette::Highlight));
-}
-
 void NSTableView::setUsesAlternatingRowBackgroundColors(bool flag) {
     m_usesAlternatingColors = flag;
     viewport()->update();
@@ -342,167 +177,6 @@ double NSTableView::rowHeight() const {
 void NSTableView::setRowHeight(double height) {
     if (height > 0) {
         verticalHeader()->setDefaultSectionSize(std::max(1, qRound(std::min(height, highestRow))));
-    }
-}
-
-/// The rows in the clip, and the places for rows below the last; a row that is hidden takes no place.
-void NSTableView::forEachRow(const NSRect& clipRect,
-                             const std::function<void(int row, int place, const NSRect& rect)>& visit) {
-    constexpr int none = -1;
-    const QHeaderView& header = *verticalHeader();
-    const int width = viewport()->width();
-    const int end = static_cast<int>(std::ceil(NSMaxY(clipRect)));
-    int place = header.visualIndexAt(std::max(0, static_cast<int>(std::floor(NSMinY(clipRect)))));
-    int y = std::max(0, header.length() - header.offset());
-    int placeBelow = header.count();
-    if (place >= 0) {
-        for (; place < header.count(); ++place) {
-            const int row = header.logicalIndex(place);
-            const int height = header.sectionSize(row);
-            if (height <= 0) {
-                continue;
-            }
-            y = header.sectionViewportPosition(row);
-            if (y >= end) {
-                return;
-            }
-            visit(row, place, NSMakeRect(0, y, width, height));
-            y += height;
-        }
-    }
-    for (const int height = std::max(1, header.defaultSectionSize()); y < end; y += height, ++placeBelow) {
-        visit(none, placeBelow, NSMakeRect(0, y, width, height));
-    }
-}
-
-void NSTableView::drawRect(const NSRect& dirtyRect) {
-    drawBackgroundInClipRect(dirtyRect);
-    highlightSelectionInClipRect(dirtyRect);
-    if (drawsCellsByItself(dirtyRect)) {
-        drawCells(dirtyRect);
-    } else {
-        ViewOf<QTableView>::drawRect(dirtyRect);
-    }
-}
-
-/// Whether there is nothing to draw but cells of the table's own: straight into the context, which takes half the time
-/// that QTableView's painting takes by way of a layer, and where text is as strong as all other text.
-bool NSTableView::drawsCellsByItself(const NSRect& clipRect) {
-    if (!model() || showGrid() || state() == QAbstractItemView::DraggingState) {
-        return false;
-    }
-    bool isPlain = true;
-    forEachCell(clipRect, [&](int column, int row, const NSRect& /*rect*/) {
-        isPlain = isPlain && rowSpan(row, column) == 1 && columnSpan(row, column) == 1 &&
-                  itemDelegateForIndex(model()->index(row, column, rootIndex())) == m_cellDelegate;
-    });
-    return isPlain;
-}
-
-void NSTableView::drawCells(const NSRect& clipRect) {
-    forEachCell(clipRect, [&](int column, int row, const NSRect& rect) {
-        const QModelIndex index = model() ? model()->index(row, column, rootIndex()) : QModelIndex();
-        if (index.isValid()) {
-            drawCell(index, rect);
-        }
-    });
-}
-
-void NSTableView::drawBackgroundInClipRect(const NSRect& clipRect) {
-    const std::vector<NSColor> colors = _alternatingRowBackgroundColors();
-    if (colors.empty()) {
-        return;
-    }
-    if (!m_usesAlternatingColors) {
-        colors.front().setFill();
-        NSBezierPath::fillRect(clipRect);
-        return;
-    }
-    forEachRow(clipRect, [&](int /*row*/, int place, const NSRect& rect) {
-        colors[static_cast<std::size_t>(place) % colors.size()].setFill();
-        NSBezierPath::fillRect(NSIntersectionRect(rect, clipRect));
-    });
-}
-
-/// The cells in the clip, row by row. All that is asked of the headers is asked anew each time: what is done at one
-/// cell may change the model.
-void NSTableView::forEachCell(const NSRect& clipRect,
-                              const std::function<void(int column, int row, const NSRect& rect)>& visit) {
-    const QHeaderView& header = *horizontalHeader();
-    forEachRow(clipRect, [&](int row, int /*place*/, const NSRect& rowRect) {
-        for (int place = 0; row >= 0 && place < header.count(); ++place) {
-            const int column = header.logicalIndex(place);
-            const NSRect rect = NSMakeRect(header.sectionViewportPosition(column), NSMinY(rowRect),
-                                           header.sectionSize(column), NSHeight(rowRect));
-            if (NSIntersectsRect(rect, clipRect)) {
-                visit(column, row, rect);
-            }
-        }
-    });
-}
-
-void NSTableView::highlightSelectionInClipRect(const NSRect& clipRect) {
-    const QItemSelectionModel* const selection = selectionModel();
-    if (!selection || !selection->hasSelection()) {
-        return;
-    }
-    const auto highlight = [&](int column, int row, const NSRect& rect) {
-        const QModelIndex index = model()->index(row, column, rootIndex());
-        if (index.isValid() && selection->isSelected(index)) {
-            _highlightColorForCell(preparedCellAtColumn(column, row)).setFill();
-            NSBezierPath::fillRect(NSIntersectionRect(rect, clipRect));
-        }
-    };
-    if (selectionBehavior() != QAbstractItemView::SelectRows) {
-        return forEachCell(clipRect, highlight);
-    }
-    forEachRow(clipRect, [&](int row, int /*place*/, const NSRect& rect) {
-        // The cells of a row are selected together.
-        if (row >= 0) {
-            highlight(std::max(0, horizontalHeader()->logicalIndex(0)), row, rect);
-        }
-    });
-}
-
-void NSTableView::initViewItemOption(QStyleOptionViewItem* option) const {
-    ViewOf<QTableView>::initViewItemOption(option);
-    // What is behind the cells is drawn already.
-    option->palette.setBrush(QPalette::Highlight, Qt::NoBrush);
-    option->palette.setBrush(QPalette::AlternateBase, Qt::NoBrush);
-}
-
-void NSTableView::drawCell(const QModelIndex& index, const NSRect& rect) {
-    const int column = index.column();
-    const int row = index.row();
-    // Before the cell is prepared, because the model is the host's, and may do anything.
-    const bool isText = !isOfButtonCell(column);
-    const QVariant foreground = isText ? index.data(Qt::ForegroundRole) : QVariant();
-    const QVariant wantedAlignment = isText ? index.data(Qt::TextAlignmentRole) : QVariant();
-    const bool showsFocus = hasFocus() && index == currentIndex() && !selectionModel()->isSelected(index);
-    NSCell* const cell = preparedCellAtColumn(column, row);
-    if (!cell) {
-        return;
-    }
-    if (auto* const text = dynamic_cast<NSTextFieldCell*>(cell)) {
-        const NSColor color = text->textColor();
-        const NSTextAlignment alignment = text->alignment();
-        if (foreground.isValid()) {
-            text->setTextColor(NSColorFromQColor(qvariant_cast<QBrush>(foreground).color()));
-        } else if (!isEnabled()) {
-            text->setTextColor(color.colorWithAlphaComponent(color.alphaComponent() / 2));
-        }
-        text->setAlignment(alignmentOf(wantedAlignment, alignment));
-        text->drawWithFrame(rect, *this);
-        text->setTextColor(color);
-        text->setAlignment(alignment);
-    } else {
-        const double height = std::min(cell->cellSize().height, NSHeight(rect));
-        const double above = std::floor((NSHeight(rect) - height) / 2);
-        cell->drawWithFrame(NSMakeRect(NSMinX(rect), NSMinY(rect) + above, NSWidth(rect), height), *this);
-    }
-    if (showsFocus) {
-        _highlightColorForCell(cell).setFill();
-        NSFrameRect(rect);
     }
 }
 

@@ -7,6 +7,7 @@
 #include <VXKit/platform/foundation/NSGeometry.h>
 #include <VXKit/platform/graphics/NSColor.h>
 
+#include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QTableView>
@@ -38,6 +39,11 @@ extern template class VXKIT_EXPORT ViewOf<QTableView>;
 /// Costs what can be seen: it keeps nothing for a row. Its own coordinates are flipped, from the top left of what is
 /// seen below the header. Stands for AppKit's class of the same name, its scroll view included.
 class VXKIT_EXPORT NSTableView : public ViewOf<QTableView> {
+    Q_OBJECT
+    Q_PROPERTY(bool usesAlternatingRowBackgroundColors READ usesAlternatingRowBackgroundColors WRITE
+                   setUsesAlternatingRowBackgroundColors)
+    Q_PROPERTY(double rowHeight READ rowHeight WRITE setRowHeight)
+
 public:
     /// A table without a frame, for a layout of Qt's.
     explicit NSTableView(QWidget* parent = nullptr);

@@ -82,6 +82,14 @@ void NSTextField::setTextColor(const NSColor& color) {
     setNeedsDisplay(true);
 }
 
+void NSTextField::setTextColor(const QColor& color) {
+    setTextColor(NSColor::colorWithCalibratedRed(color.redF(), color.greenF(), color.blueF(), color.alphaF()));
+}
+
+QColor NSTextField::widgetTextColor() const {
+    return m_textColor.qtColor();
+}
+
 void NSTextField::setSelectable(bool flag) {
     m_isSelectable = flag;
     // Not by Tab: in a dialog the keyboard is to go from button to button.

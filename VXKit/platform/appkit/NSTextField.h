@@ -8,7 +8,10 @@
 #include <VXKit/platform/graphics/NSStringDrawing.h>
 
 #include <QClipboard>
+#include <QColor>
+#include <QFont>
 #include <QLabel>
+#include <QObject>
 #include <QRect>
 #include <QString>
 
@@ -31,6 +34,12 @@ extern template class VXKIT_EXPORT ViewOf<QLabel>;
 ///
 /// Stands for AppKit's class of the same name, as far as it shows text.
 class VXKIT_EXPORT NSTextField : public ViewOf<QLabel> {
+    Q_OBJECT
+    Q_PROPERTY(QColor textColor READ widgetTextColor WRITE setTextColor)
+    Q_PROPERTY(bool selectable READ isSelectable WRITE setSelectable)
+    // Designer's fonts are not the kit's.
+    Q_PROPERTY(QFont font READ widgetFont DESIGNABLE false STORED false)
+
 public:
     /// A field without a frame, for a layout of Qt's.
     explicit NSTextField(QWidget* parent = nullptr);
@@ -53,6 +62,8 @@ public:
     [[nodiscard]] NSColor textColor() const { return m_textColor; }
     /// Redraws the text. AppKit: `-setTextColor:`.
     void setTextColor(const NSColor& color);
+    /// The same for a colour of Qt's, as forms have them; one that is not valid is black.
+    void setTextColor(const QColor& color);
 
     /// Whether text can be selected, with the mouse or, once it was clicked, with the keyboard, and copied. No.
     /// AppKit: `-isSelectable`, `-setSelectable:`.
@@ -82,6 +93,8 @@ protected:
 private:
     struct Private;
 
+    [[nodiscard]] QColor widgetTextColor() const;
+    [[nodiscard]] const QFont& widgetFont() const { return QLabel::font(); }
     [[nodiscard]] const WrappedText& wrapped() const;
     void select(const TextRange& range);
     void selectByMouse(QMouseEvent& event);

@@ -6,7 +6,9 @@
 #include <VXKit/platform/graphics/NSFont.h>
 
 #include <QClipboard>
+#include <QFont>
 #include <QLineEdit>
+#include <QObject>
 #include <QString>
 
 class QMenu;
@@ -22,6 +24,10 @@ extern template class VXKIT_EXPORT ViewOf<QLineEdit>;
 /// The class's own painting is a white text, selection and caret; it is meant for dark grounds. The selection is
 /// translucent, so that the ground shows; text of a disabled field is paler.
 class VXKIT_EXPORT PlainLineEdit : public ViewOf<QLineEdit> {
+    Q_OBJECT
+    // Designer's fonts are not the kit's.
+    Q_PROPERTY(QFont font READ widgetFont DESIGNABLE false STORED false)
+
 public:
     /// An empty field without a frame, for a layout of Qt's.
     explicit PlainLineEdit(QWidget* parent = nullptr);
@@ -60,6 +66,7 @@ protected:
 private:
     class LineBreakRemover;
 
+    [[nodiscard]] const QFont& widgetFont() const { return QLineEdit::font(); }
     void applyColors();
     void beginUndoStep();
 
