@@ -71,6 +71,7 @@
 #include <VXKit/platform/desktop/MotionPreference.h>
 #include <VXKit/platform/desktop/NSURLConnection.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
+#include <VXKit/platform/desktop/RunningInstance.h>
 #include <VXKit/platform/desktop/WindowEffects.h>
 #include <VXKit/platform/desktop/WindowShadow.h>
 #include <VXKit/platform/foundation/AtomicFile.h>
