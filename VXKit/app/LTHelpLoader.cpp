@@ -4,6 +4,7 @@
 #include <VXKit/app/LTApplicationProtocol.h>
 #include <VXKit/platform/appkit/NSURLCache.h>
 #include <VXKit/platform/desktop/NSWorkspace.h>
+#include <VXKit/platform/graphics/QtColor.h>
 #include <VXKit/support/VXKitResources.h>
 #include <VXKit/transitions/NSWindow+NoodleEffects.h>
 
@@ -12,6 +13,7 @@
 #include <QIcon>
 #include <QKeySequence>
 #include <QLabel>
+#include <QPalette>
 #include <QProgressBar>
 #include <QShortcut>
 #include <QStackedWidget>
@@ -80,6 +82,8 @@ void LTHelpLoader::pop() {
     }
     if (NSWindow* window = loader->_window) {
         const bool wasVisible = window->isVisible();
+        // The ground that the application's colours of text are for.
+        window->setBackgroundColor(NSColorFromQColor(window->palette().color(QPalette::Window)));
         window->center();
         window->makeFirstResponder(loader->_textView);
         window->display();

@@ -11,6 +11,7 @@
 #include <VXKit/platform/foundation/NSPercentEscapes.h>
 #include <VXKit/platform/foundation/NSProcessInfo.h>
 #include <VXKit/platform/foundation/NSThread.h>
+#include <VXKit/platform/graphics/QtColor.h>
 #include <VXKit/support/VMUSymbolicator.h>
 #include <VXKit/support/VXCrashRecord.h>
 #include <VXKit/support/VXCrashRecording.h>
@@ -20,6 +21,7 @@
 #include <QFontDatabase>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPalette>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScopeGuard>
@@ -231,6 +233,8 @@ void VXExceptionReporter::show(const Texts& texts, const NSException& exception,
     setSending(false);
     m_isShown = true;
     const auto end = qScopeGuard([this] { m_isShown = false; });
+    // The ground that the application's colours of text are for.
+    reporterWindow->setBackgroundColor(NSColorFromQColor(reporterWindow->palette().color(QPalette::Window)));
     reporterWindow->center();
     reporterWindow->makeFirstResponder(detailsView);
     NSApplication::sharedApplication()->runModalForWindow(*reporterWindow);

@@ -151,6 +151,14 @@ TEST_F(NSButtonTest, HasTheFrameThatItWasMadeWith) {
     EXPECT_TRUE(NSButton().isFlipped());
 }
 
+TEST_F(NSButtonTest, TakesADoubleClickForTwoClicks) {
+    const NSButton& button = add(NSMakeRect(10, 10, 100, 30));
+    window.makeKeyAndOrderFront(nullptr);
+    const QSignalSpy clicked(&button, &NSButton::clicked);
+    QTest::mouseDClick(window.windowHandle(), Qt::LeftButton, {}, button.mapTo(&window, button.rect().center()));
+    EXPECT_EQ(clicked.count(), 2);
+}
+
 TEST_F(NSButtonTest, DrawsItsTitleWithoutMarks) {
     NSButton button;
     using Titles = std::pair<const char*, const char*>;

@@ -74,6 +74,25 @@ constexpr double frameTolerance = 1e-9; // points
 
 } // namespace
 
+TEST_F(NSViewTest, LeavesADoubleClickToWhatIsBelowIt) {
+    class Witness : public NSView {
+    public:
+        void mouseDown(const NSEvent& event) override { clickCounts.push_back(event.clickCount()); }
+
+        std::vector<int> clickCounts;
+    };
+    HostWindow window(NSMakeRect(100, 100, 200, 200));
+    auto* const below = new Witness;
+    window.content().addSubview(below);
+    below->setFrame(NSMakeRect(0, 0, 200, 200));
+    auto* const above = new NSView;
+    below->addSubview(above);
+    above->setFrame(NSMakeRect(20, 20, 100, 100));
+    window.makeKeyAndOrderFront(nullptr);
+    QTest::mouseDClick(window.windowHandle(), Qt::LeftButton, {}, above->mapTo(&window, above->rect().center()));
+    EXPECT_EQ(below->clickCounts, (std::vector{1, 2}));
+}
+
 TEST_F(NSViewTest, LiesFromTheBottomLeftOfItsSuperview) {
     const NSView& view = add(super, NSMakeRect(10, 20, 30, 40));
     EXPECT_EQ(view.geometry(), QRect(10, 40, 30, 40));

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "AppKitHost.h"
 
+#include <VXKit/platform/appkit/Backdrop.h>
 #include <VXKit/platform/desktop/WindowEffects.h>
 #include <VXKit/platform/graphics/NSColor.h>
+#include <VXKit/platform/graphics/NSGraphics.h>
 #include <VXKit/platform/graphics/NSImage.h>
 
 #include <QPainter>
@@ -228,4 +230,29 @@ TEST_F(WindowShapeWithoutCompositing, IsThatOfAWindowThatWasHiddenWhenTheManager
     settle();
     window->orderFront(nullptr);
     EXPECT_EQ(window->mask(), QRegion(solid));
+}
+
+TEST_F(AppKitHost, TheBlurBehindASheetCoversItsParentAtEveryPixelRatio) {
+    class HalfRed : public NSView {
+    public:
+        void drawRect(const NSRect& /*dirtyRect*/) override {
+            NSColor::colorWithCalibratedRed(0, 0, 1, 1).set();
+            NSRectFill(NSMakeRect(0, 0, 100, 100));
+            NSColor::colorWithCalibratedRed(1, 0, 0, 1).set();
+            NSRectFill(NSMakeRect(0, 0, 50, 100));
+        }
+    };
+    HostWindow below(NSMakeRect(100, 100, 100, 100));
+    below.setContentView(new HalfRed);
+    below.makeKeyAndOrderFront(nullptr);
+    for (const int ratio : {1, 2}) {
+        QImage coverage(QSize(100, 100) * ratio, QImage::Format_ARGB32_Premultiplied);
+        coverage.fill(Qt::black);
+        coverage.setDevicePixelRatio(ratio);
+        const QImage backdrop = blurredBackdrop(below, below.frame(), 1, coverage);
+        ASSERT_EQ(backdrop.size(), coverage.size());
+        EXPECT_EQ(backdrop.pixelColor(30 * ratio, 50 * ratio), QColor(Qt::red)) << ratio;
+        EXPECT_EQ(backdrop.pixelColor(70 * ratio, 50 * ratio), QColor(Qt::blue)) << ratio;
+        EXPECT_EQ(backdrop.pixelColor(70 * ratio, 90 * ratio), QColor(Qt::blue)) << ratio;
+    }
 }

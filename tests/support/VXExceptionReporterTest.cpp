@@ -11,9 +11,11 @@
 #include <VXKit/support/VXCrashRecord.h>
 #include <VXKit/support/VXCrashRecording.h>
 
+#include <QApplication>
 #include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPalette>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -113,6 +115,20 @@ QByteArray versionOfKernel() {
 }
 
 } // namespace
+
+TEST_F(ExceptionReporter, StandsOnTheGroundThatTheTextIsFor) {
+    const QColor dark(0x20, 0x22, 0x24);
+    QPalette palette(dark);
+    palette.setColor(QPalette::WindowText, Qt::white);
+    QApplication::setPalette(palette);
+    QColor ground;
+    report(exception, [&] {
+        NSWindow& window = *VXExceptionReporter::reporter().window();
+        ground = window.grab().toImage().pixelColor(2, window.height() - 3);
+        click("ignoreButton");
+    });
+    EXPECT_EQ(ground, dark);
+}
 
 TEST_F(ExceptionReporter, IsOneForTheProcess) {
     EXPECT_EQ(&VXExceptionReporter::reporter(), &VXExceptionReporter::reporter());

@@ -72,7 +72,9 @@ QImage blurredBackdrop(NSWindow& below, const NSRect& frame, double standardDevi
     behind.fill(Qt::transparent);
     {
         QPainter painter(&behind);
-        painter.drawImage(QPointF(reach, reach) + corner * pixelRatio, snapshot->imageForScale(1));
+        QImage pixels = snapshot->imageForScale(pixelRatio);
+        pixels.setDevicePixelRatio(1);
+        painter.drawImage(QPointF(reach, reach) + corner * pixelRatio, pixels);
     }
     blurColors(behind, deviation);
     QImage backdrop = behind.copy(QRect(QPoint(reach, reach), coverage.size()));

@@ -6,7 +6,9 @@
 
 #include <QEvent>
 #include <QFocusEvent>
+#include <QMouseEvent>
 #include <QPointer>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <utility>
@@ -29,11 +31,27 @@ bool performKeyEquivalentBelow(const QWidget& widget, const NSEvent& event) {
     });
 }
 
+/// The double click that a widget class of Qt's handles at this moment. Most pass it on to their mousePressEvent, which
+/// is the view's again.
+const QEvent* doubleClickOfWidget = nullptr;
+
+QMouseEvent asPress(const QMouseEvent& doubleClick) {
+    return {QEvent::MouseButtonPress, doubleClick.position(), doubleClick.scenePosition(), doubleClick.globalPosition(),
+            doubleClick.button(),     doubleClick.buttons(),  doubleClick.modifiers(),     doubleClick.source()};
+}
+
 } // namespace
 
 void ViewCore::handleAsWidget(QEvent& /*event*/) {}
 
 void ViewCore::dispatch(QEvent& event) {
+    if (&event == doubleClickOfWidget) {
+        // Back from a class that takes it for a press: it is told of one, and the view no second time.
+        QMouseEvent press = asPress(static_cast<const QMouseEvent&>(event));
+        handleAsWidget(press);
+        event.setAccepted(press.isAccepted());
+        return;
+    }
     const QPointer<QWidget> self(m_self);
     handleEvent(NSEvent::forDelivery(event, window()));
     if (!self) {
@@ -103,6 +121,9 @@ bool ViewCore::resignFirstResponder() {
 
 void ViewCore::passToWidget(const NSEvent& event) {
     if (event.qtEvent()) {
+        const bool isDoubleClick = event.qtEvent()->type() == QEvent::MouseButtonDblClick;
+        const QScopedValueRollback<const QEvent*> doubleClick(doubleClickOfWidget,
+                                                              isDoubleClick ? event.qtEvent() : nullptr);
         handleAsWidget(*event.qtEvent());
         return;
     }
