@@ -42,6 +42,11 @@ licence_lines() {
 }
 merge_markers() { ! files . | xargs -d '\n' grep -nIE '^(<{7}|>{7}|\|{7})( |$)'; }
 layers() { files '*.cpp' '*.h' | scripts/check-layers.py; }
+cppcheck_sources() {
+  files 'VXKit/*.cpp' 'designer/*.cpp' 'examples/*.cpp' | cppcheck --file-list=- -j "$(nproc)" --quiet --std=c++20 \
+    --language=c++ --library=qt --enable=warning,performance,portability --error-exitcode=1 -I. \
+    --suppressions-list=scripts/cppcheck-suppressions --template='{file}:{line}: {severity}: {message} [{id}]'
+}
 shell_scripts() { files '*.sh' .ci/run | xargs -d '\n' shellcheck; }
 
 # Every target there is, so that each source has a command line; without precompiled headers, which would hide an include
@@ -60,6 +65,7 @@ check 'merge markers' merge_markers
 check layers layers
 check documentation scripts/docs.sh
 check 'shell scripts' shell_scripts
+check cppcheck cppcheck_sources
 check configure configure
 check 'headers alone' headers_alone
 check clang-tidy tidy

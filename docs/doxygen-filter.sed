@@ -17,6 +17,9 @@
   x
 }
 
+# What a property is, is told where it is read and set.
+/^ *Q_PROPERTY/s|.*||
+
 # Templates are documented once, not for each class that the library holds them for.
 /^extern template class /s|.*||
 h

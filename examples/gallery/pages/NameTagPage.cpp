@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#include "NameTagPage.h"
+
+#include "../PictureBook.h"
+#include "../SettingsPane.h"
+#include "../Stage.h"
+
+#include <VXKit/controls/LTLine.h>
+#include <VXKit/controls/LTNameTag.h>
+
+namespace {
+
+// Points.
+constexpr NSPoint smallPlace{20, 20};
+constexpr NSPoint largePlace{20, 80};
+constexpr NSRect plateFrame{{0, 0}, {420, 160}};
+
+} // namespace
+
+NameTagPage::NameTagPage()
+    : GalleryPage(
+          QStringLiteral("name-tag"), QStringLiteral("Name tag"),
+          QStringLiteral("A name in small white text in the middle of a view that is as large as it needs; for a "
+                         "dark ground."),
+          {QStringLiteral("LTNameTag")}) {}
+
+NameTagPage::~NameTagPage() = default;
+
+void NameTagPage::build(Stage& stage, SettingsPane& settings) {
+    stage.put<LTLine>(plateFrame);
+    showTags(stage);
+    stage.putText(NSMakeRect(0, 172, 420, 32),
+                  QStringLiteral("Above made from a name, below from a dictionary: three lines high, and at least 185 "
+                                 "points wide."));
+    settings.addText(QStringLiteral("Name"), m_tagName, [this, &stage](const QString& name) {
+        m_tagName = name;
+        showTags(stage);
+    });
+}
+
+/// A tag keeps its name, so another name is another tag.
+void NameTagPage::showTags(Stage& stage) {
+    delete m_small;
+    delete m_large;
+    std::unique_ptr<LTNameTag> small = LTNameTag::nameTagWithName(m_tagName);
+    std::unique_ptr<LTNameTag> large = LTNameTag::nameTagWithDictionary({{"name", m_tagName.toStdString()}});
+    small->setFrameOrigin(smallPlace);
+    large->setFrameOrigin(largePlace);
+    m_small = small.get();
+    m_large = large.get();
+    stage.addSubview(small.release());
+    stage.addSubview(large.release());
+}
+
+void NameTagPage::takePictures(PictureBook& book) {
+    book.addStates(QStringLiteral("name-tag"), QStringLiteral("Name tag"),
+                   [] { return LTNameTag::nameTagWithName(QStringLiteral("Ada Lovelace")).release(); },
+                   {ControlState::Normal});
+    book.addStates(QStringLiteral("name-tag-of-dictionary"), QStringLiteral("Name tag of a dictionary"),
+                   [] {
+                       return LTNameTag::nameTagWithDictionary({{"name", "Ada Lovelace"}}).release();
+                   },
+                   {ControlState::Normal});
+}
