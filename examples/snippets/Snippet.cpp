@@ -140,6 +140,16 @@ void Snippet::rename(const QString& title, NSDate date) {
     modificationDate = date;
 }
 
+void Snippet::changeText(const QString& text, NSDate date) {
+    const bool isTitleOfText = _name == titleForText(this->text());
+    setText(text);
+    modificationDate = date;
+    const QString title = isTitleOfText ? titleForText(text) : QString();
+    if (!title.isEmpty()) {
+        setTitle(title);
+    }
+}
+
 void Snippet::noteUse(NSDate date) {
     m_lastUsed = date;
     if (m_useCount < std::numeric_limits<std::int64_t>::max()) {

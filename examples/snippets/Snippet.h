@@ -35,6 +35,10 @@ public:
     /// Gives the record another title, as a change of its owner's at `date`.
     void rename(const QString& title, NSDate date);
 
+    /// Gives the record another text, as a change of its owner's at `date`. A title that was made from the text follows
+    /// it, as long as there is something to make it from.
+    void changeText(const QString& text, NSDate date);
+
     /// Counts one use, at `date`.
     void noteUse(NSDate date);
 

@@ -8,7 +8,7 @@
 namespace {
 
 // Points.
-constexpr int sideMargin = 12;
+constexpr int rowSideMargin = 12;
 constexpr int topMargin = 8;
 constexpr int lineSpacing = 3;
 constexpr int columnSpacing = 10;
@@ -68,7 +68,7 @@ void SnippetDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     }
     const QFont bold = titleFont(option.font);
     const QFont small = detailFont(option.font);
-    QRect line = option.rect.adjusted(sideMargin, topMargin, -sideMargin, 0);
+    QRect line = option.rect.adjusted(rowSideMargin, topMargin, -rowSideMargin, 0);
     line.setHeight(QFontMetrics(bold).height());
     drawLine(painter, line, index.data().toString(), bold, titleColor,
              index.data(SnippetsListModel::DateRole).toString(), small, detailColor);

@@ -2,6 +2,7 @@
 #include "SnippetImporter.h"
 
 #include "Snippet.h"
+#include "SnippetListFile.h"
 
 #include <VXKit/platform/foundation/AtomicFile.h>
 
@@ -10,6 +11,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -113,6 +115,8 @@ void SnippetImporter::takeStep() {
         const Place place = std::move(m_places.back());
         m_places.pop_back();
         lookAt(place);
+    } else if (m_nextListed < m_listed.size()) {
+        importListed(std::exchange(m_listed[m_nextListed++], nullptr));
     } else if (m_next < m_found.size()) {
         const Found found = std::exchange(m_found[m_next++], {});
         if (found.refusal.isNull()) {
@@ -128,6 +132,9 @@ SnippetImportResult SnippetImporter::takeResult() {
     m_places.clear();
     m_found.clear();
     m_next = 0;
+    m_listed.clear();
+    m_nextListed = 0;
+    m_here.clear();
     return std::exchange(m_result, {});
 }
 
@@ -185,7 +192,8 @@ void SnippetImporter::importFile(const QString& path, const QString& name, const
     // Before it is read, because of files of gigabytes; and after, because a file may grow meanwhile, or be one of
     // those that the kernel makes up and calls empty.
     const QFileInfo info(path);
-    if (info.isFile() && info.size() > largestFile) {
+    const bool mayBeList = info.suffix().compare(QStringLiteral("plist"), Qt::CaseInsensitive) == 0;
+    if (info.isFile() && info.size() > (mayBeList ? largestList : largestFile)) {
         refuse(name, tooLarge(info.size()));
         return;
     }
@@ -195,6 +203,10 @@ void SnippetImporter::importFile(const QString& path, const QString& name, const
         const QString prefix = path + QStringLiteral(": ");
         const QString& reason = error.localizedDescription;
         refuse(name, reason.startsWith(prefix) ? reason.sliced(prefix.size()) : reason);
+        return;
+    }
+    if (static_cast<qint64>(content->size()) <= largestList && isSnippetList(*content)) {
+        importList(*content, name);
         return;
     }
     if (static_cast<qint64>(content->size()) > largestFile) {
@@ -222,6 +234,57 @@ void SnippetImporter::importFile(const QString& path, const QString& name, const
     snippet->updateModificationDateWithDate(NSDate::dateWithTimeIntervalSince1970(m_startTime));
     m_database->addSnippet(snippet);
     ++m_result.importedCount;
+}
+
+/// Only reads it; each of its snippets has a step of its own.
+void SnippetImporter::importList(std::string_view bytes, const QString& name) {
+    NSError error;
+    std::optional<SnippetList> list = snippetListFrom(bytes, &error);
+    if (!list) {
+        refuse(name, QStringLiteral("is no whole list of snippets: ") + error.localizedDescription);
+        return;
+    }
+    if (!list->badRecords.empty()) {
+        refuse(name, list->badRecords.size() == 1
+                         ? QStringLiteral("number %1 in it is no snippet").arg(list->badRecords.front())
+                         : QStringLiteral("%1 in it are no snippets, the first one is number %2")
+                               .arg(list->badRecords.size())
+                               .arg(list->badRecords.front()));
+    }
+    if (m_here.isEmpty()) {
+        for (const std::shared_ptr<_LTSnippet>& record : m_database->snippets()) {
+            if (const std::optional<NSDate> identity = record->snippetID()) {
+                m_here.insert(identity->timeIntervalSince1970(), std::static_pointer_cast<Snippet>(record));
+            }
+        }
+    }
+    m_listed.insert(m_listed.end(), std::make_move_iterator(list->snippets.begin()),
+                    std::make_move_iterator(list->snippets.end()));
+}
+
+void SnippetImporter::importListed(const std::shared_ptr<Snippet>& snippet) {
+    const std::optional<NSDate> identity = snippet->snippetID();
+    const double time = identity ? identity->timeIntervalSince1970() : m_startTime;
+    const std::shared_ptr<Snippet> here = identity ? m_here.value(time) : nullptr;
+    if (here && here->title() == snippet->title() && here->utf8Text() == snippet->utf8Text() &&
+        m_database->existsItemWithID(*identity)) {
+        const std::int64_t usesBefore = here->useCount();
+        here->takeUsesOf(*snippet);
+        if (here->useCount() != usesBefore) {
+            m_database->notifyOfModificationForSnippet(here);
+        }
+        ++m_result.knownCount;
+        return;
+    }
+    if (!identity || m_database->existsItemWithID(*identity)) {
+        snippet->setSnippetID(NSDate::dateWithTimeIntervalSince1970(m_database->_freeTimeAtOrBefore(time)));
+    }
+    const std::shared_ptr<Snippet> added = m_database->putBack(snippet);
+    if (const std::optional<NSDate> given = added->snippetID()) {
+        m_here.insert(given->timeIntervalSince1970(), added);
+    }
+    ++m_result.importedCount;
+    ++m_result.listedCount;
 }
 
 void SnippetImporter::refuse(const QString& name, const QString& reason) {

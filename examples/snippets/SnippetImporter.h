@@ -3,9 +3,12 @@
 
 #include "SnippetsDatabase.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
+#include <memory>
+#include <string_view>
 #include <vector>
 
 /// A file or folder that was not imported, and why.
@@ -19,7 +22,9 @@ struct SnippetImportRefusal {
 
 /// What became of the files that were to be imported.
 struct SnippetImportResult {
-    std::size_t importedCount = 0;
+    std::size_t importedCount = 0; ///< snippets: one for each text file, and those of the property lists
+    std::size_t listedCount = 0;   ///< of these, the ones of property lists
+    std::size_t knownCount = 0;    ///< snippets of property lists that were here already, just so
     std::vector<SnippetImportRefusal> refusals;
     bool wasStopped = false; ///< before all of them had their turn
 };
@@ -31,16 +36,21 @@ struct SnippetImportProgress {
     std::size_t doneCount = 0; ///< of these, imported or refused
 };
 
-/// Makes snippets of text files.
+/// Makes snippets of text files, and takes those of property lists that this program has exported.
 ///
 /// A file is taken when it is a regular file of UTF-8 text, neither empty nor larger than 1 MiB; its bytes are kept as
 /// they are, but for a byte-order mark at the start. Everything else is refused with its name and the reason, and the
 /// rest is still imported. Of a folder, all files below it are taken in the order of their names. Folders in it that
 /// are hidden or named `build` are passed over: what lies there is a program's and not the user's. Links to folders in
 /// it are not followed, so no circle of links can trap the import; one that is given itself is followed.
+///
+/// A property list of this program's, or one of its database, gives its snippets back as they were, with their dates
+/// and uses. One that is here already just so is left alone; where another one has its identity, which is the date it
+/// was made, it is taken for made a little earlier.
 class SnippetImporter {
 public:
-    static constexpr qint64 largestFile = qint64{1024} * 1024; ///< bytes
+    static constexpr qint64 largestFile = qint64{1024} * 1024;       ///< bytes of text
+    static constexpr qint64 largestList = qint64{128} * 1024 * 1024; ///< bytes of a property list
 
     /// `database` must be the shared one: that is where the identities of new records are looked up.
     explicit SnippetImporter(std::shared_ptr<SnippetsDatabase> database);
@@ -54,11 +64,15 @@ public:
     /// after all that is there already; takeStep as long as it is not done; then takeResult. First all files are found,
     /// then they are imported.
     void addPaths(const QStringList& paths);
-    [[nodiscard]] bool isDone() const { return m_places.empty() && m_next == m_found.size(); }
-    /// Looks at one file or one folder, or imports one file. Nothing where all is done.
+    [[nodiscard]] bool isDone() const {
+        return m_places.empty() && m_next == m_found.size() && m_nextListed == m_listed.size();
+    }
+    /// Looks at one file or one folder, or imports one file or one snippet of a list. Nothing where all is done.
     void takeStep();
     [[nodiscard]] SnippetImportProgress progress() const {
-        return {.isLooking = !m_places.empty(), .foundCount = m_found.size(), .doneCount = m_next};
+        return {.isLooking = !m_places.empty(),
+                .foundCount = m_found.size() + m_listed.size(),
+                .doneCount = m_next + m_nextListed};
     }
     /// What has become of the files, of which those not yet imported are forgotten.
     SnippetImportResult takeResult();
@@ -84,12 +98,17 @@ private:
     void lookAt(const Place& place);
     void lookInFolder(const Place& place);
     void importFile(const QString& path, const QString& name, const QString& title);
+    void importList(std::string_view bytes, const QString& name);
+    void importListed(const std::shared_ptr<Snippet>& snippet);
     void refuse(const QString& name, const QString& reason);
 
     std::shared_ptr<SnippetsDatabase> m_database;
     std::vector<Place> m_places; // the next one is the last
     std::vector<Found> m_found;
-    std::size_t m_next = 0; // of what was found
+    std::size_t m_next = 0;                         // of what was found
+    std::vector<std::shared_ptr<Snippet>> m_listed; // of the property lists that were read
+    std::size_t m_nextListed = 0;
+    QHash<double, std::shared_ptr<Snippet>> m_here; // by identity, while lists are imported
     double m_startTime = 0.0;
     SnippetImportResult m_result;
 };

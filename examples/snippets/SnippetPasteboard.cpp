@@ -8,8 +8,7 @@
 #include <QCoreApplication>
 #include <QMetaObject>
 
-std::shared_ptr<Snippet> addSnippetFromPasteboard(SnippetsDatabase& database, const NSPasteboard& pasteboard) {
-    const QString text = stringValue(pasteboard);
+std::shared_ptr<Snippet> addSnippetOfText(SnippetsDatabase& database, const QString& text) {
     const QString title = Snippet::titleForText(text);
     if (title.isEmpty()) {
         return nullptr;
@@ -23,6 +22,10 @@ std::shared_ptr<Snippet> addSnippetFromPasteboard(SnippetsDatabase& database, co
     snippet->updateModificationDateWithDate(now);
     database.addSnippet(snippet);
     return snippet;
+}
+
+std::shared_ptr<Snippet> addSnippetFromPasteboard(SnippetsDatabase& database, const NSPasteboard& pasteboard) {
+    return addSnippetOfText(database, stringValue(pasteboard));
 }
 
 bool copySnippetToPasteboard(const std::shared_ptr<Snippet>& snippet, SnippetsDatabase& database,

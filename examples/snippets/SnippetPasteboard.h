@@ -8,8 +8,11 @@
 
 class NSPasteboard;
 
-/// Adds a snippet of the plain text on `pasteboard`, titled with its first line, and answers it; null, with nothing
-/// added, where there is no text or nothing but blanks.
+/// Adds a snippet of `text`, titled with its first line, and answers it; null, with nothing added, for nothing but
+/// blanks.
+std::shared_ptr<Snippet> addSnippetOfText(SnippetsDatabase& database, const QString& text);
+
+/// The same with the plain text on `pasteboard`; null where there is none.
 std::shared_ptr<Snippet> addSnippetFromPasteboard(SnippetsDatabase& database, const NSPasteboard& pasteboard);
 
 /// Puts the text of `snippet`, a record of `database`, on `pasteboard` and counts the use. False, with nothing counted,

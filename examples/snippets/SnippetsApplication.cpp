@@ -8,8 +8,10 @@
 #include "SnippetsListModel.h"
 #include "SnippetsWindow.h"
 #include "TitleText.h"
+#include "preferences/WindowOpacity.h"
 #include "sync/PasswordSheet.h"
 
+#include <VXKit/hud/NSWindow+NSWindowAdditions.h>
 #include <VXKit/platform/appkit/NSNib.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/platform/appkit/NSStatusBar.h>
@@ -43,7 +45,9 @@ void complain(const QString& line) {
 
 } // namespace
 
-SnippetsApplication::SnippetsApplication(int& argc, char** argv) : LTApplication(argc, argv) {
+SnippetsApplication::SnippetsApplication(int& argc, char** argv)
+    : LTApplication(argc, argv), m_windowOpacity(keptWindowOpacity()) {
+    setDesktopFileName(QString::fromLatin1(busName));
     applyAppearance();
     NSNib::registerClass<SmallText>(QStringLiteral("SmallText"));
     VXExceptionReporter::setReportingHost(NSUserDefaults::standardUserDefaults().stringForKey(reportingHostKey));
@@ -71,6 +75,14 @@ bool SnippetsApplication::start() {
                 m_window->setFrame(m_window->constrainFrameRect(m_window->frame()), true);
             }
         });
+    const auto follow = [this](const NSNotification&) {
+        // What the window does by itself was settled when it was made.
+        if (!shouldCloseMainWindowOnDeactivate()) {
+            applyWindowLook();
+        }
+    };
+    m_didBecomeActive = centre.addObserverForName(NSApplicationDidBecomeActiveNotification, nullptr, follow);
+    m_didResignActive = centre.addObserverForName(NSApplicationDidResignActiveNotification, nullptr, follow);
     m_willTerminate =
         centre.addObserverForName(NSApplicationWillTerminateNotification, nullptr, [this](const NSNotification&) {
             m_importRun->stop();
@@ -122,6 +134,7 @@ void SnippetsApplication::makeWindow() {
     });
     connect(m_window.get(), &SnippetsWindow::asksWhatItIs, this, &SnippetsApplication::showAbout);
     connect(m_window.get(), &SnippetsWindow::asksToStopImport, this, [this] { m_importRun->stop(); });
+    connect(m_window.get(), &SnippetsWindow::asksToImport, this, &SnippetsApplication::importPaths);
     addShortcuts(*m_window);
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), m_window.get()), &QShortcut::activated, m_window.get(),
             &SnippetsWindow::leave);
@@ -156,6 +169,12 @@ void SnippetsApplication::useStandardFile() {
 PreferencesWindow& SnippetsApplication::preferences() {
     if (!m_preferences) {
         m_preferences = std::make_unique<PreferencesWindow>(
+            GeneralPage::Actions{.setWindowOpacity =
+                                     [this](double opacity) {
+                                         m_windowOpacity = opacity;
+                                         applyWindowLook();
+                                     },
+                                 .applyClosing = [this] { applyClosing(); }},
             [this](const SyncSettings& settings, const QString& password) {
                 m_syncManager->configure(settings, password);
             },
@@ -218,9 +237,41 @@ void SnippetsApplication::makeStatusItem() {
     m_statusItem = bar.statusItemWithLength(statusItemWidth);
     m_statusItem->setTitle(applicationDisplayName());
     m_statusItem->setToolTip(applicationDisplayName());
-    auto view = std::make_unique<LTStatusItemView>(NSMakeRect(0, 0, statusItemWidth, bar.thickness()));
+    makeStatusItemView();
+}
+
+void SnippetsApplication::makeStatusItemView() {
+    const double thickness = NSStatusBar::systemStatusBar().thickness();
+    auto view = std::make_unique<LTStatusItemView>(NSMakeRect(0, 0, statusItemWidth, thickness));
     m_statusItemView = view.get();
     m_statusItem->setView(std::move(view));
+}
+
+/// A view of the status item closes the window, or not, as was right when it was made.
+void SnippetsApplication::applyClosing() {
+    makeStatusItemView();
+    m_statusItemView->setHighlighted(isShown());
+    if (m_syncManager->isSyncInProgress()) {
+        m_statusItemView->startAnimation({.name = LTSyncManagerHasBegunSyncing, .object = {}, .userInfo = {}});
+    }
+    applyWindowLook();
+}
+
+float SnippetsApplication::mainWindowOpacity() const {
+    return static_cast<float>(shouldCloseMainWindowOnDeactivate() ? fullWindowOpacity : m_windowOpacity);
+}
+
+/// Paints what follows the opacity anew.
+void SnippetsApplication::applyWindowLook() {
+    for (LTWindow* window : {static_cast<LTWindow*>(m_window.get()), static_cast<LTWindow*>(m_about.get())}) {
+        if (!window) {
+            continue;
+        }
+        window->updateBackground();
+        if (window->isVisible()) {
+            setUpWindowShadow(*window);
+        }
+    }
 }
 
 bool SnippetsApplication::lockDatabase() {
@@ -246,6 +297,51 @@ bool SnippetsApplication::lockDatabase() {
     return false;
 }
 
+QStringList SnippetsApplication::actions() {
+    return {QString::fromLatin1(toggleAction), QString::fromLatin1(importAction), QString::fromLatin1(quitAction)};
+}
+
+void SnippetsApplication::answer(std::unique_ptr<RunningInstance> instance) {
+    m_instance = std::move(instance);
+    connect(m_instance.get(), &RunningInstance::activated, this, [this] { comeForward(); });
+    connect(m_instance.get(), &RunningInstance::opened, this, [this](const QList<QUrl>& urls) {
+        importURLs(urls);
+        comeForward();
+    });
+    connect(m_instance.get(), &RunningInstance::actionActivated, this, &SnippetsApplication::performAction);
+    m_instance->beginToDeliver();
+}
+
+void SnippetsApplication::performAction(const QString& name, const QVariantList& parameters) {
+    if (name == QLatin1String(toggleAction)) {
+        toggleMainWindow();
+    } else if (name == QLatin1String(importAction)) {
+        QList<QUrl> urls;
+        for (const QVariant& parameter : parameters) {
+            for (const QString& url : parameter.toStringList()) {
+                urls.push_back(QUrl(url, QUrl::StrictMode));
+            }
+        }
+        importURLs(urls);
+    } else {
+        terminate(nullptr);
+    }
+}
+
+void SnippetsApplication::importURLs(const QList<QUrl>& urls) {
+    QStringList paths;
+    for (const QUrl& url : urls) {
+        if (url.isLocalFile() && QDir::isAbsolutePath(url.toLocalFile())) {
+            paths.push_back(url.toLocalFile());
+        } else {
+            complain(url.toDisplayString() + QStringLiteral(": is no file of this computer"));
+        }
+    }
+    if (!paths.isEmpty()) {
+        importPaths(paths);
+    }
+}
+
 void SnippetsApplication::importPaths(const QStringList& paths) {
     m_importRun->importPaths(paths);
 }
@@ -269,6 +365,15 @@ void SnippetsApplication::showMainWindow() {
     m_window->makeKeyAndOrderFront(nullptr);
 }
 
+void SnippetsApplication::comeForward() {
+    if (NSWindow* question = modalWindow()) {
+        activateIgnoringOtherApps(true);
+        question->makeKeyAndOrderFront(nullptr);
+    } else {
+        showMainWindow();
+    }
+}
+
 QUrl SnippetsApplication::helpURL() const {
     const QString elsewhere = NSUserDefaults::standardUserDefaults().stringForKey(helpURLKey);
     return elsewhere.isEmpty() ? QUrl(QStringLiteral("qrc:/help.html")) : QUrl(elsewhere);
@@ -281,7 +386,7 @@ LTApplicationController* SnippetsApplication::applicationController() const {
 
 void SnippetsApplication::toggleMainWindow() {
     if (modalWindow()) {
-        activateIgnoringOtherApps(true);
+        comeForward();
         m_statusItemView->setHighlighted(isShown());
     } else if (isShown()) {
         closeMainWindow();
@@ -313,6 +418,7 @@ void SnippetsApplication::makeMenu() {
     m_menu->addAction(QStringLiteral("Add from Clipboard"), this, [this] { addFromClipboard(); });
     m_menu->addSeparator();
     m_newestEnd = m_menu->addSeparator();
+    m_menu->addAction(QStringLiteral("Export…"), this, [this] { exportSnippets(); });
     m_syncNow = m_menu->addAction(QStringLiteral("Sync Now"), this,
                                   [this] { m_syncManager->sync(SnippetsSyncManager::Cause::User); });
     m_useStandardFile = m_menu->addAction(QStringLiteral("Use Standard Database"), this, [this] { useStandardFile(); });
@@ -324,6 +430,13 @@ void SnippetsApplication::makeMenu() {
     m_menu->addSeparator();
     m_menu->addAction(QStringLiteral("Quit"), this, [this] { terminate(nullptr); });
     m_statusItem->setMenu(m_menu.get());
+}
+
+void SnippetsApplication::exportSnippets() {
+    if (!modalWindow()) {
+        showMainWindow();
+        m_window->exportSnippets();
+    }
 }
 
 void SnippetsApplication::listNewestSnippets() {

@@ -9,6 +9,7 @@
 #include <VXKit/app/LTApplication.h>
 #include <VXKit/app/LTStatusItemView.h>
 #include <VXKit/platform/appkit/NSStatusItem.h>
+#include <VXKit/platform/desktop/RunningInstance.h>
 
 #include <QLockFile>
 
@@ -30,6 +31,16 @@ public:
     /// the reason on standard error, where another process of this user has the database open: of two that write one
     /// file, the last to save would undo the other.
     [[nodiscard]] bool start();
+
+    /// What other starts of the program, launchers and scripts ask of it over the session bus.
+    static constexpr const char* busName = "org.vxkit.Snippets"; ///< of the desktop entry as well
+    static constexpr const char* toggleAction = "toggle";        ///< shows the window, or hides it
+    static constexpr const char* importAction = "import";        ///< of the URLs of files, and shows nothing
+    static constexpr const char* quitAction = "quit";
+    [[nodiscard]] static QStringList actions();
+
+    /// Does from now on what `instance` is asked for. To be called once, after start.
+    void answer(std::unique_ptr<RunningInstance> instance);
 
     /// Imports files and folders, beside all else that goes on, and saves when that is done. What is refused is told on
     /// standard error, a line each, and in the window. While an import runs, these are imported after it.
@@ -59,9 +70,13 @@ public:
 
     /// Brings the window to the front with the keyboard.
     void showMainWindow();
+    /// The same, or the question that is waiting for an answer.
+    void comeForward();
 
     [[nodiscard]] QUrl helpURL() const override;
     [[nodiscard]] LTApplicationController* applicationController() const override;
+    /// As the user has chosen it, where the window stays open when it is left; another one is opaque in every way.
+    [[nodiscard]] float mainWindowOpacity() const override;
 
     [[nodiscard]] LTSyncManagerClass* syncManagerClass() const override { return m_syncManager.get(); }
 
@@ -72,17 +87,24 @@ public:
 private:
     [[nodiscard]] bool lockDatabase();
     void makeStatusItem();
+    void makeStatusItemView();
     void makeSyncManager();
     void openDatabase();
     void makeWindow();
     void makeMenu();
+    void performAction(const QString& name, const QVariantList& parameters);
+    void importURLs(const QList<QUrl>& urls);
+    void applyWindowLook();
+    void applyClosing();
     void importHasEnded(const SnippetImportResult& result);
     void askForSyncPassword();
     void addShortcuts(LTWindow& window);
     [[nodiscard]] bool isShown() const;
     void addFromClipboard();
+    void exportSnippets();
     void listNewestSnippets();
 
+    std::unique_ptr<RunningInstance> m_instance; // outlives the lock, so that whoever gets the name gets that too
     std::unique_ptr<QLockFile> m_lock;
     std::unique_ptr<SnippetsSyncManager> m_syncManager;
     std::shared_ptr<SnippetsDatabase> m_database;
@@ -100,5 +122,8 @@ private:
     bool m_newestAreStale = false;
     NSNotificationObservation m_databaseWasModified;
     NSNotificationObservation m_statusItemDidMove;
+    NSNotificationObservation m_didBecomeActive;
+    NSNotificationObservation m_didResignActive;
     NSNotificationObservation m_willTerminate;
+    double m_windowOpacity;
 };

@@ -4,6 +4,7 @@
 #include "Snippet.h"
 
 #include <QFile>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <array>
@@ -62,6 +63,28 @@ void SnippetsDatabase::mendIdentities() {
         taken.insert(time);
         notifyOfModificationForSnippet(snippet);
     }
+}
+
+bool SnippetsDatabase::holds(const _LTSnippet& snippet) const {
+    const auto isSnippet = [&](const std::shared_ptr<_LTSnippet>& other) { return other.get() == &snippet; };
+    const bool isHere = std::any_of(snippets().begin(), snippets().end(), isSnippet) ||
+                        std::any_of(_layaway.begin(), _layaway.end(), isSnippet);
+    return isHere && !isLeaving(snippet);
+}
+
+void SnippetsDatabase::addSnippet(const std::shared_ptr<_LTSnippet>& snippet) {
+    const QScopedValueRollback<Change> change(m_change, {Change::Kind::Addition, snippet.get()});
+    LTDatabase::addSnippet(snippet);
+}
+
+void SnippetsDatabase::removeSnippet(const std::shared_ptr<_LTSnippet>& snippet) {
+    const QScopedValueRollback<Change> change(m_change, {Change::Kind::Removal, snippet.get()});
+    LTDatabase::removeSnippet(snippet);
+}
+
+void SnippetsDatabase::notifyOfModificationForSnippet(const std::shared_ptr<_LTSnippet>& snippet) {
+    const QScopedValueRollback<Change> change(m_change, {Change::Kind::Modification, snippet.get()});
+    LTDatabase::notifyOfModificationForSnippet(snippet);
 }
 
 bool SnippetsDatabase::isLeaving(const _LTSnippet& snippet) const {

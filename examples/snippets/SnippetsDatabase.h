@@ -32,6 +32,23 @@ public:
     /// Whether additions or edits wait for the end of a sync.
     [[nodiscard]] bool holdsChangesBack() const { return !_layaway.empty() || !_layawayEdits.empty(); }
 
+    /// Whether a snippet is here to stay: in the list, or waiting to come in at the end of a sync.
+    [[nodiscard]] bool holds(const _LTSnippet& snippet) const;
+
+    /// What has happened to one snippet.
+    struct Change {
+        enum class Kind { Unknown, Addition, Removal, Modification };
+        Kind kind = Kind::Unknown;
+        const _LTSnippet* snippet = nullptr;
+    };
+    /// What the notification is about that is being posted; unknown where it is not about one snippet alone. So that
+    /// nobody has to look through all of them for each one that comes in.
+    [[nodiscard]] const Change& change() const { return m_change; }
+
+    void addSnippet(const std::shared_ptr<_LTSnippet>& snippet) override;
+    void removeSnippet(const std::shared_ptr<_LTSnippet>& snippet) override;
+    void notifyOfModificationForSnippet(const std::shared_ptr<_LTSnippet>& snippet) override;
+
     /// Whether a snippet that is still in the list was removed during a sync and will be gone at its end.
     [[nodiscard]] bool isLeaving(const _LTSnippet& snippet) const;
     /// Whether there may be such snippets.
@@ -44,4 +61,7 @@ protected:
     [[nodiscard]] QString databaseFileName() const override;
     [[nodiscard]] QString databaseName() const override;
     [[nodiscard]] _LTSnippetClass snippetClass() const override;
+
+private:
+    Change m_change;
 };

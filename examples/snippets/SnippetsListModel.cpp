@@ -2,39 +2,19 @@
 #include "SnippetsListModel.h"
 
 #include "DateText.h"
+#include "SearchText.h"
+
+#include <QElapsedTimer>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <limits>
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 namespace {
 
-/// Appends `text` without case and accents. Most text is ASCII, which is folded here far faster than Qt can; so the
-/// first search through thousands of long texts is no pause.
-void appendFolded(QString& result, QStringView text) {
-    while (!text.isEmpty()) {
-        const auto isAscii = [](QChar character) { return character.unicode() < 0x80; };
-        const QStringView ascii = text.first(std::find_if_not(text.begin(), text.end(), isAscii) - text.begin());
-        const qsizetype begin = result.size();
-        result.resize(begin + ascii.size());
-        std::transform(ascii.begin(), ascii.end(), result.begin() + begin, [](QChar character) {
-            const char16_t unit = character.unicode();
-            return QChar(static_cast<char16_t>(unit >= u'A' && unit <= u'Z' ? unit + (u'a' - u'A') : unit));
-        });
-        text = text.sliced(ascii.size());
-
-        const QStringView other = text.first(std::find_if(text.begin(), text.end(), isAscii) - text.begin());
-        if (!other.isEmpty()) {
-            QString bare = other.toString().normalized(QString::NormalizationForm_KD);
-            bare.removeIf([](QChar character) { return character.isMark(); });
-            // By way of capitals, which alone make two letters of a sharp s; to lower case first, for the capital one.
-            result += bare.toLower().toUpper().toLower();
-        }
-        text = text.sliced(other.size());
-    }
-}
+constexpr std::size_t entriesBetweenLooksAtTheClock = 32;
 
 } // namespace
 
@@ -42,23 +22,47 @@ SnippetsListModel::SnippetsListModel(std::shared_ptr<SnippetsDatabase> database,
     : QAbstractListModel(parent), m_database(std::move(database)) {
     followList();
     m_databaseWasModified = NSNotificationCenter::defaultCenter().addObserverForName(
-        LTSnippetDBWasModifiedNotification, m_database.get(), [this](const NSNotification&) { followDatabase(); });
+        LTSnippetDBWasModifiedNotification, m_database.get(),
+        [this](const NSNotification&) { followDatabase(m_database->change()); });
 }
 
 SnippetsListModel::~SnippetsListModel() = default;
 
 void SnippetsListModel::setSearch(const QString& search) {
-    QString foldedSearch;
-    appendFolded(foldedSearch, search.simplified());
-    QStringList words = foldedSearch.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QByteArrayList words = foldedWords(search);
     if (words == m_words) {
         return;
     }
+    // Typing on can only take matches away, and deleting only bring some back.
+    const bool isNarrower = imply(words, m_words);
+    const bool isWider = imply(m_words, words);
     m_words = std::move(words);
     for (const std::shared_ptr<Entry>& entry : m_entries) {
-        entry->isMatch = isMatch(*entry);
+        const bool isSettled = entry->isMatch ? isWider && !entry->isHeldOver : isNarrower;
+        if (!isSettled) {
+            entry->isHeldOver = false;
+            entry->isMatch = isMatch(*entry);
+        }
     }
+    const QScopedValueRollback<bool> following(m_isFollowing, true);
     showMatches();
+    catchUp();
+}
+
+bool SnippetsListModel::prepareSearch(int milliseconds) {
+    QElapsedTimer clock;
+    clock.start();
+    while (m_prepared < m_entries.size()) {
+        fold(*m_entries[m_prepared++]);
+        if (m_prepared % entriesBetweenLooksAtTheClock == 0 && clock.elapsed() >= milliseconds) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void SnippetsListModel::setHeld(const std::shared_ptr<Snippet>& snippet) {
+    m_held = snippet;
 }
 
 std::shared_ptr<Snippet> SnippetsListModel::snippetAt(const QModelIndex& index) const {
@@ -68,10 +72,14 @@ std::shared_ptr<Snippet> SnippetsListModel::snippetAt(const QModelIndex& index) 
 }
 
 QModelIndex SnippetsListModel::indexOf(const _LTSnippet& snippet) const {
-    const auto row = std::find_if(m_rows.begin(), m_rows.end(), [&](const std::shared_ptr<Entry>& entry) {
-        return entry->snippet.get() == &snippet;
-    });
-    return row == m_rows.end() ? QModelIndex() : index(static_cast<int>(row - m_rows.begin()));
+    const auto [first, last] = m_entriesOfRecords.equal_range(&snippet);
+    for (auto each = first; each != last; ++each) {
+        const auto row = rowOf(*each->second);
+        if (row != m_rows.end()) {
+            return index(static_cast<int>(row - m_rows.begin()));
+        }
+    }
+    return {};
 }
 
 std::vector<std::shared_ptr<Snippet>> SnippetsListModel::newest(std::size_t count) const {
@@ -122,6 +130,10 @@ QHash<int, QByteArray> SnippetsListModel::roleNames() const {
     return names;
 }
 
+Qt::ItemFlags SnippetsListModel::flags(const QModelIndex& index) const {
+    return QAbstractListModel::flags(index) | (index.isValid() ? Qt::ItemIsDragEnabled : Qt::NoItemFlags);
+}
+
 std::shared_ptr<SnippetsListModel::Entry> SnippetsListModel::entryOf(std::shared_ptr<Snippet> snippet) const {
     auto entry = std::make_shared<Entry>();
     // A record without an identity, from a file that somebody edited, goes to the end.
@@ -134,25 +146,129 @@ std::shared_ptr<SnippetsListModel::Entry> SnippetsListModel::entryOf(std::shared
     return entry;
 }
 
+void SnippetsListModel::fold(Entry& entry) {
+    if (!entry.folded.isNull()) {
+        return;
+    }
+    const QByteArray title = entry.snippet->title().toUtf8();
+    const QByteArray& text = entry.snippet->utf8Text();
+    entry.folded.reserve(title.size() + 1 + text.size());
+    appendFolded(entry.folded, title);
+    entry.folded += '\n';
+    appendFolded(entry.folded, text);
+}
+
 bool SnippetsListModel::isMatch(Entry& entry) const {
     if (m_words.isEmpty()) {
         return true;
     }
-    if (entry.folded.isNull()) {
-        const QString title = entry.snippet->title();
-        const QString text = entry.snippet->text();
-        entry.folded.reserve(title.size() + 1 + text.size());
-        appendFolded(entry.folded, title);
-        entry.folded += QLatin1Char('\n');
-        appendFolded(entry.folded, text);
-    }
+    fold(entry);
     return std::all_of(m_words.begin(), m_words.end(),
-                       [&](const QString& word) { return entry.folded.contains(word); });
+                       [&](const QByteArray& word) { return containsText(entry.folded, word); });
 }
 
-void SnippetsListModel::followDatabase() {
-    followRecords();
-    followList();
+/// Newest first, and equal ones as they came.
+bool SnippetsListModel::isBefore(const std::shared_ptr<Entry>& left, const std::shared_ptr<Entry>& right) {
+    return left->created > right->created;
+}
+
+void SnippetsListModel::followDatabase(const SnippetsDatabase::Change& change) {
+    if (m_isFollowing) {
+        m_isBehind = true;
+        return;
+    }
+    const QScopedValueRollback<bool> following(m_isFollowing, true);
+    if (!followOne(change)) {
+        followRecords();
+        followList();
+    }
+    catchUp();
+}
+
+/// Whoever is told of rows may change the database, again and again.
+void SnippetsListModel::catchUp() {
+    while (std::exchange(m_isBehind, false)) {
+        followRecords();
+        followList();
+    }
+}
+
+/// Follows a change of one record; false where more may have changed.
+bool SnippetsListModel::followOne(const SnippetsDatabase::Change& change) {
+    switch (change.kind) {
+    case SnippetsDatabase::Change::Kind::Unknown:
+        return false;
+    case SnippetsDatabase::Change::Kind::Addition:
+        return followAddition(*change.snippet);
+    case SnippetsDatabase::Change::Kind::Removal:
+        return followRemoval(*change.snippet);
+    case SnippetsDatabase::Change::Kind::Modification:
+        followModification(*change.snippet);
+        return true;
+    }
+    return false;
+}
+
+bool SnippetsListModel::followAddition(const _LTSnippet& snippet) {
+    const LTSnippetArray& list = m_database->snippets();
+    if (m_database->hasLeavingSnippets() || list.count() != m_listed.size() + 1 ||
+        list[list.count() - 1].get() != &snippet) {
+        return false;
+    }
+    // The database makes no other class of record, and this program adds none.
+    const std::shared_ptr<Entry> entry = entryOf(std::static_pointer_cast<Snippet>(list[list.count() - 1]));
+    m_listed.push_back(entry);
+    m_entriesOfRecords.emplace(&snippet, entry);
+    const auto place = std::upper_bound(m_entries.begin(), m_entries.end(), entry, isBefore);
+    m_prepared = std::min(m_prepared, static_cast<std::size_t>(place - m_entries.begin()));
+    m_entries.insert(place, entry);
+    if (entry->isMatch) {
+        showOne(entry);
+    }
+    return true;
+}
+
+bool SnippetsListModel::followRemoval(const _LTSnippet& snippet) {
+    const auto found = m_entriesOfRecords.find(&snippet);
+    if (m_database->hasLeavingSnippets() || m_database->snippets().count() + 1 != m_listed.size() ||
+        found == m_entriesOfRecords.end()) {
+        return false;
+    }
+    const std::shared_ptr<Entry> entry = found->second;
+    m_entriesOfRecords.erase(found);
+    m_listed.erase(std::find(m_listed.begin(), m_listed.end(), entry));
+    const auto [begin, end] = std::equal_range(m_entries.begin(), m_entries.end(), entry, isBefore);
+    m_entries.erase(std::find(begin, end, entry));
+    hideOne(*entry);
+    return true;
+}
+
+void SnippetsListModel::followModification(const _LTSnippet& snippet) {
+    const auto [first, last] = m_entriesOfRecords.equal_range(&snippet);
+    Entries entries;
+    std::for_each(first, last, [&](const auto& each) { entries.push_back(each.second); });
+    for (const std::shared_ptr<Entry>& entry : entries) {
+        const bool wasMatch = entry->isMatch;
+        entry->modified = entry->snippet->dateOfModification();
+        entry->used = entry->snippet->dateOfLastUse();
+        entry->folded = QByteArray();
+        updateMatch(*entry);
+        if (entry->isMatch && wasMatch) {
+            const QModelIndex row = index(static_cast<int>(rowOf(*entry) - m_rows.cbegin()));
+            Q_EMIT dataChanged(row, row);
+        } else if (entry->isMatch) {
+            showOne(entry);
+        } else if (wasMatch) {
+            hideOne(*entry);
+        }
+    }
+}
+
+/// Looks again whether a record that was changed matches; what is held stays.
+void SnippetsListModel::updateMatch(Entry& entry) const {
+    const bool matchesNow = isMatch(entry);
+    entry.isHeldOver = !matchesNow && entry.isMatch && entry.snippet == m_held;
+    entry.isMatch = matchesNow || entry.isHeldOver;
 }
 
 void SnippetsListModel::followList() {
@@ -167,8 +283,8 @@ void SnippetsListModel::followList() {
     follow(staying.begin(), staying.end());
 }
 
-/// Takes over what came into a list of records and what left it. The notification does not say; but what is the same at
-/// both ends of the list is found faster than a record is drawn.
+/// Takes over what came into a list of records and what left it. What is the same at both ends of the list is found
+/// faster than a record is drawn.
 template <class Iterator>
 void SnippetsListModel::follow(Iterator list, Iterator listEnd) {
     const auto count = static_cast<std::size_t>(listEnd - list);
@@ -197,29 +313,32 @@ void SnippetsListModel::follow(Iterator list, Iterator listEnd) {
             leaving.erase(kept);
             continue;
         }
-        // The database makes no other class of record, and this program adds none.
         added.push_back(entryOf(std::static_pointer_cast<Snippet>(list[difference(index)])));
         now.push_back(added.back());
     }
+    m_listed.insert(m_listed.erase(begin, end), now.begin(), now.end());
     if (leaving.empty() && added.empty()) {
         return;
     }
-    m_listed.insert(m_listed.erase(begin, end), now.begin(), now.end());
 
-    if (!leaving.empty()) {
-        std::unordered_set<const Entry*> gone;
-        for (const auto& [record, entry] : leaving) {
-            gone.insert(entry.get());
-        }
-        std::erase_if(m_entries, [&](const std::shared_ptr<Entry>& entry) { return gone.contains(entry.get()); });
+    for (const auto& [record, entry] : leaving) {
+        entry->isGone = true;
+        entry->isMatch = false;
+        const auto [same, sameEnd] = m_entriesOfRecords.equal_range(record);
+        m_entriesOfRecords.erase(std::find_if(
+            same, sameEnd, [&, gone = entry.get()](const auto& each) { return each.second.get() == gone; }));
     }
-    const auto isNewer = [](const std::shared_ptr<Entry>& left, const std::shared_ptr<Entry>& right) {
-        return left->created > right->created;
-    };
-    std::stable_sort(added.begin(), added.end(), isNewer);
+    if (!leaving.empty()) {
+        std::erase_if(m_entries, [](const std::shared_ptr<Entry>& entry) { return entry->isGone; });
+    }
+    for (const std::shared_ptr<Entry>& entry : added) {
+        m_entriesOfRecords.emplace(entry->snippet.get(), entry);
+    }
+    std::stable_sort(added.begin(), added.end(), isBefore);
     const auto middle = static_cast<std::ptrdiff_t>(m_entries.size());
     m_entries.insert(m_entries.end(), added.begin(), added.end());
-    std::inplace_merge(m_entries.begin(), m_entries.begin() + middle, m_entries.end(), isNewer);
+    std::inplace_merge(m_entries.begin(), m_entries.begin() + middle, m_entries.end(), isBefore);
+    m_prepared = 0;
     showMatches();
 }
 
@@ -237,8 +356,9 @@ void SnippetsListModel::followRecords() {
         entry->modified = snippet.dateOfModification();
         entry->used = snippet.dateOfLastUse();
         if (hasOtherContent) {
-            entry->folded = QString();
-            const bool wasMatch = std::exchange(entry->isMatch, isMatch(*entry));
+            entry->folded = QByteArray();
+            const bool wasMatch = entry->isMatch;
+            updateMatch(*entry);
             matchesChanged = matchesChanged || entry->isMatch != wasMatch;
         }
     }
@@ -251,50 +371,5 @@ void SnippetsListModel::followRecords() {
         const auto last = std::find_if(m_rows.rbegin(), m_rows.rend(), isChanged);
         Q_EMIT dataChanged(index(static_cast<int>(first - m_rows.begin())),
                            index(static_cast<int>(m_rows.rend() - last) - 1));
-    }
-}
-
-/// Brings the rows to what m_entries has of matches: those that stay are left alone, the others come and go in runs.
-void SnippetsListModel::showMatches() {
-    Entries wanted;
-    std::copy_if(m_entries.begin(), m_entries.end(), std::back_inserter(wanted),
-                 [](const std::shared_ptr<Entry>& entry) { return entry->isMatch; });
-
-    std::unordered_set<const Entry*> staying;
-    for (const std::shared_ptr<Entry>& entry : wanted) {
-        staying.insert(entry.get());
-    }
-    const auto stays = [&](std::size_t row) { return staying.contains(m_rows[row].get()); };
-    for (std::size_t end = m_rows.size(); end > 0;) {
-        if (stays(end - 1)) {
-            --end;
-            continue;
-        }
-        std::size_t begin = end - 1;
-        while (begin > 0 && !stays(begin - 1)) {
-            --begin;
-        }
-        beginRemoveRows({}, static_cast<int>(begin), static_cast<int>(end) - 1);
-        m_rows.erase(m_rows.begin() + static_cast<std::ptrdiff_t>(begin),
-                     m_rows.begin() + static_cast<std::ptrdiff_t>(end));
-        endRemoveRows();
-        end = begin;
-    }
-
-    for (std::size_t begin = 0; begin < wanted.size();) {
-        if (begin < m_rows.size() && m_rows[begin] == wanted[begin]) {
-            ++begin;
-            continue;
-        }
-        std::size_t end = begin + 1;
-        while (end < wanted.size() && (begin >= m_rows.size() || m_rows[begin] != wanted[end])) {
-            ++end;
-        }
-        beginInsertRows({}, static_cast<int>(begin), static_cast<int>(end) - 1);
-        m_rows.insert(m_rows.begin() + static_cast<std::ptrdiff_t>(begin),
-                      wanted.begin() + static_cast<std::ptrdiff_t>(begin),
-                      wanted.begin() + static_cast<std::ptrdiff_t>(end));
-        endInsertRows();
-        begin = end;
     }
 }

@@ -7,16 +7,22 @@
 #include <VXKit/platform/foundation/NSNotificationCenter.h>
 
 #include <QAbstractListModel>
-#include <QStringList>
+#include <QByteArrayList>
 
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 /// The snippets of a database as rows, newest first, those that match the search only.
 ///
-/// It follows the database: rows come and go one by one, so what is selected in a view stays selected. Nothing is asked
-/// of a record for its row before a view shows that row; only the identity, which is the order, is read from all of
-/// them. The texts in the form that the search compares are made at the first search and kept until the record changes.
+/// It follows the database: rows come and go, and what is selected in a view stays selected. Nothing is asked of a
+/// record for its row before a view shows that row; only the identity, which is the order, is read from all of them.
+/// The texts in the form that the search compares are made at the first search, or before it where there is time
+/// (prepareSearch), and kept until the record changes.
+///
+/// One snippet that comes, goes or changes costs the same however many there are, and a search that goes on from the
+/// one before looks only at what that has not settled. What is changed by somebody who is being told of a change of
+/// rows is followed as soon as that change is complete.
 class SnippetsListModel : public QAbstractListModel {
 public:
     enum Role {
@@ -34,6 +40,14 @@ public:
 
     /// Whether there is a search that could leave snippets out.
     [[nodiscard]] bool isSearching() const { return !m_words.isEmpty(); }
+
+    /// Makes the searched form of some texts that have none yet, for `milliseconds` or a little longer; false where
+    /// there is no such text left.
+    bool prepareSearch(int milliseconds);
+
+    /// Keeps the row of `snippet` while that is changed, though it may match the search no more: somebody is at it.
+    /// Null for none.
+    void setHeld(const std::shared_ptr<Snippet>& snippet);
 
     /// How many snippets there are, shown or not.
     [[nodiscard]] int totalCount() const { return static_cast<int>(m_entries.size()); }
@@ -54,6 +68,10 @@ public:
                                       int role = Qt::DisplayRole) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
+    /// A row is dragged as what its snippet is to other programs, and copied.
+    [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
+    [[nodiscard]] Qt::DropActions supportedDragActions() const override { return Qt::CopyAction; }
+
 private:
     /// What the model keeps of a record.
     struct Entry {
@@ -62,23 +80,45 @@ private:
         std::optional<NSDate> modified;
         std::optional<NSDate> used;
         bool isMatch = true;
-        QString folded; // null until a search needs it
+        bool isGone = false;     // from the database
+        bool isHeldOver = false; // it is a match only because it was held
+        QByteArray folded;       // UTF-8; null until a search needs it
     };
     using Entries = std::vector<std::shared_ptr<Entry>>;
 
     [[nodiscard]] std::shared_ptr<Entry> entryOf(std::shared_ptr<Snippet> snippet) const;
     [[nodiscard]] bool isMatch(Entry& entry) const;
-    void followDatabase();
+    static void fold(Entry& entry);
+    [[nodiscard]] static bool isBefore(const std::shared_ptr<Entry>& left, const std::shared_ptr<Entry>& right);
+    void followDatabase(const SnippetsDatabase::Change& change);
+    void catchUp();
+    bool followOne(const SnippetsDatabase::Change& change);
+    bool followAddition(const _LTSnippet& snippet);
+    bool followRemoval(const _LTSnippet& snippet);
+    void followModification(const _LTSnippet& snippet);
     void followList();
     template <class Iterator>
     void follow(Iterator list, Iterator listEnd);
     void followRecords();
+    void updateMatch(Entry& entry) const;
     void showMatches();
+    void showMatchesInRuns(const Entries& wanted);
+    void replaceRows(const Entries& wanted);
+    void replaceStretch(std::size_t begin, std::size_t end, const Entries& wanted, std::size_t wantedBegin,
+                        std::size_t wantedEnd);
+    void showOne(const std::shared_ptr<Entry>& entry);
+    void hideOne(const Entry& entry);
+    [[nodiscard]] Entries::const_iterator rowOf(const Entry& entry) const;
 
     std::shared_ptr<SnippetsDatabase> m_database;
     Entries m_listed;  // in the order of the database's list
     Entries m_entries; // newest first
     Entries m_rows;    // of these, the ones that match
-    QStringList m_words;
+    std::unordered_multimap<const _LTSnippet*, std::shared_ptr<Entry>> m_entriesOfRecords;
+    QByteArrayList m_words; // folded, as the texts
+    std::shared_ptr<Snippet> m_held;
+    std::size_t m_prepared = 0; // so many of m_entries were looked at to prepare them
+    bool m_isFollowing = false;
+    bool m_isBehind = false; // something was changed while m_isFollowing
     NSNotificationObservation m_databaseWasModified;
 };

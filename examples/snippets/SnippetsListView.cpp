@@ -2,24 +2,32 @@
 #include "SnippetsListView.h"
 
 #include "SnippetDelegate.h"
+#include "SnippetMimeData.h"
+#include "SnippetsListModel.h"
+#include "TitleText.h"
+
+#include <VXKit/platform/graphics/QtColor.h>
 
 #include <QApplication>
+#include <QDrag>
 #include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMimeData>
+#include <QPainter>
+#include <QPointer>
 #include <QResizeEvent>
 
 #include <algorithm>
 
 namespace {
 
-constexpr int placeholderMargin = 24; // points
-constexpr int secondColorStep = 6;    // of 255, that it is lighter than the first
+// Points.
+constexpr int placeholderMargin = 24;
+constexpr int dragPadding = 10; // of the picture under the pointer, around its title
+constexpr QPoint dragHotSpot(-12, -8);
 
-NSColor colorOf(const QColor& color) {
-    return NSColor::colorWithCalibratedRed(double(color.redF()), double(color.greenF()), double(color.blueF()),
-                                           double(color.alphaF()));
-}
+constexpr int secondColorStep = 6; // of 255, that it is lighter than the first
 
 } // namespace
 
@@ -31,6 +39,7 @@ SnippetsListView::SnippetsListView(QWidget* parent) : LTHUDTableView(parent), m_
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setTabKeyNavigation(false);
+    setDragDropMode(QAbstractItemView::DragOnly);
     setMouseTracking(true);
     viewport()->setAttribute(Qt::WA_Hover);
     horizontalHeader()->hide();
@@ -65,14 +74,51 @@ void SnippetsListView::keyboardSearch(const QString& /*search*/) {}
 std::vector<NSColor> SnippetsListView::_alternatingRowBackgroundColors() const {
     const QColor base = palette().color(QPalette::Base);
     if (!model() || model()->rowCount() == 0) {
-        return {colorOf(base)};
+        return {NSColorFromQColor(base)};
     }
     const auto lighter = [](int channel) { return std::min(channel + secondColorStep, 255); };
-    return {colorOf(base), colorOf(QColor(lighter(base.red()), lighter(base.green()), lighter(base.blue())))};
+    return {NSColorFromQColor(base),
+            NSColorFromQColor(QColor(lighter(base.red()), lighter(base.green()), lighter(base.blue())))};
 }
 
 NSColor SnippetsListView::_highlightColorForCell(const NSCell* /*cell*/) const {
-    return colorOf(palette().color(QPalette::Highlight));
+    return NSColorFromQColor(palette().color(QPalette::Highlight));
+}
+
+QPixmap SnippetsListView::dragPicture(const QString& title) const {
+    const QString text = shortTitle(title);
+    const QSize size(fontMetrics().horizontalAdvance(text) + 2 * dragPadding, fontMetrics().height() + dragPadding);
+    QPixmap picture(size * devicePixelRatioF());
+    picture.setDevicePixelRatio(devicePixelRatioF());
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(palette().color(QPalette::Highlight));
+    painter.drawRoundedRect(QRect(QPoint(), size), size.height() / 2.0, size.height() / 2.0);
+    painter.setFont(font());
+    painter.setPen(palette().color(QPalette::HighlightedText));
+    painter.drawText(QRect(QPoint(), size), Qt::AlignCenter | Qt::TextSingleLine, text);
+    return picture;
+}
+
+void SnippetsListView::startDrag(Qt::DropActions /*actions*/) {
+    const auto* const snippets = dynamic_cast<const SnippetsListModel*>(model());
+    const std::shared_ptr<Snippet> snippet = snippets ? snippets->snippetAt(currentIndex()) : nullptr;
+    if (!snippet) {
+        return;
+    }
+    const QPointer<SnippetsListView> self(this);
+    Q_EMIT dragBegan();
+    // Qt deletes it, and the data with it, when nobody needs them any more.
+    auto* const drag = new QDrag(this);
+    drag->setMimeData(mimeDataOf(*snippet).release());
+    drag->setPixmap(dragPicture(currentIndex().data().toString()));
+    drag->setHotSpot(dragHotSpot);
+    const Qt::DropAction action = drag->exec(Qt::CopyAction, Qt::CopyAction);
+    if (self) {
+        Q_EMIT dragEnded(snippet, action == Qt::CopyAction);
+    }
 }
 
 /// In a table, Home and End are the ends of a row.

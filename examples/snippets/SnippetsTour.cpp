@@ -13,11 +13,14 @@
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/support/NSPasteboard+VXKitAdditions.h>
 
+#include <QApplication>
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QDragEnterEvent>
 #include <QEventLoop>
 #include <QFile>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -40,6 +43,7 @@ constexpr int popUpTime = 1000;     // milliseconds that a pop-up is there for c
 constexpr int pictureInterval = 20; // milliseconds between two looks at the screen
 constexpr int searchedRow = 3;      // whose title is searched for
 constexpr int selectedRow = 2;
+constexpr QChar escape(0x1B);
 constexpr int importedFiles = 40;
 constexpr std::size_t stoppedAfter = 12; // of these
 
@@ -97,6 +101,20 @@ bool isEmpty(const QImage& picture) {
     return true;
 }
 
+/// Presses and releases a key in a window, whatever has the keyboard there.
+void press(const QWidget& window, QChar character) {
+    int key = character.toUpper().unicode();
+    if (character == QLatin1Char('\r')) {
+        key = Qt::Key_Return;
+    } else if (character == escape) {
+        key = Qt::Key_Escape;
+    }
+    for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        QKeyEvent event(type, key, Qt::NoModifier, character);
+        QCoreApplication::sendEvent(window.windowHandle(), &event);
+    }
+}
+
 QImage pictureOfScreen(const QScreen& screen) {
     return const_cast<QScreen&>(screen).grabWindow(0).toImage().convertToFormat(QImage::Format_RGB32);
 }
@@ -112,8 +130,8 @@ bool SnippetsTour::run() {
     }
     const QString clipboard = stringValue(NSPasteboard::generalPasteboard());
     const bool succeeded = showList() && showSearch() && showSelection() && showImport() && showAdded() &&
-                           showRenamed() && showCopied() && showRemoved() && showPreferences() && showAbout() &&
-                           showHelp() && tellFile();
+                           showRenamed() && showEdited() && showCopied() && showRemoved() && showDragged() &&
+                           showExport() && showPreferences() && showAbout() && showHelp() && tellFile();
     if (!clipboard.isNull()) {
         NSPasteboard::generalPasteboard().clearContents();
         NSPasteboard::generalPasteboard().setString(clipboard, QString::fromLatin1(NSStringPboardType));
@@ -241,16 +259,33 @@ bool SnippetsTour::answerSheet(const std::function<void()>& ask, const QString& 
         watch.stop();
         succeeded = takePicture(*m_application.modalWindow(), picture);
         for (const QChar character : typed) {
-            const int key = character == QLatin1Char('\r') ? int{Qt::Key_Return} : int{character.toUpper().unicode()};
-            for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-                QKeyEvent event(type, key, Qt::NoModifier, character);
-                QCoreApplication::sendEvent(sheet->windowHandle(), &event);
-            }
+            press(*sheet, character);
         }
     });
     watch.start(pictureInterval);
     ask();
     return succeeded;
+}
+
+/// Types into the text of the one that was added, and undoes that again.
+bool SnippetsTour::showEdited() {
+    SnippetsWindow& window = m_application.window();
+    const QString before = window.selectedSnippet()->text();
+    window.editSelected();
+    const QString typed = QStringLiteral("Typed right here. ");
+    for (const QChar character : typed) {
+        press(window, character);
+    }
+    if (!takePicture(window, QStringLiteral("08-editing"))) {
+        return false;
+    }
+    QWidget* const editor = QApplication::focusWidget();
+    press(window, escape);
+    if (window.selectedSnippet()->text() != typed + before || QApplication::focusWidget() == editor) {
+        return fail(QStringLiteral("the text of the selected snippet cannot be edited"));
+    }
+    window.undo();
+    return window.selectedSnippet()->text() == before || fail(QStringLiteral("what was typed cannot be undone"));
 }
 
 /// The one that was added, whose uses nobody misses.
@@ -268,29 +303,48 @@ bool SnippetsTour::showCopied() {
         !waitFor([&] { return popUp() != nullptr; }, waitingTime, pictureInterval)) {
         return fail(QStringLiteral("the selected snippet cannot be copied"));
     }
-    return takePicture(*popUp(), QStringLiteral("08-copied"), popUpTime);
+    return takePicture(*popUp(), QStringLiteral("09-copied"), popUpTime);
 }
 
 bool SnippetsTour::showRemoved() {
     SnippetsWindow& window = m_application.window();
     const int before = window.model().totalCount();
     if (asksBeforeRemoving()) {
-        if (!answerSheet([&] { window.askToRemoveSelected(); }, QStringLiteral("09-removing"), QStringLiteral("\r"))) {
+        if (!answerSheet([&] { window.askToRemoveSelected(); }, QStringLiteral("10-removing"), QStringLiteral("\r"))) {
             return false;
         }
     } else {
         window.removeSelected();
     }
-    if (window.model().totalCount() != before - 1 || !window.canUndoRemoval()) {
+    if (window.model().totalCount() != before - 1 || !window.canUndo()) {
         return fail(QStringLiteral("the selected snippet cannot be removed"));
     }
-    return takePicture(window, QStringLiteral("10-removed"));
+    return takePicture(window, QStringLiteral("11-removed"));
+}
+
+/// As it looks while a text hovers over the window. It is not dropped.
+bool SnippetsTour::showDragged() {
+    SnippetsWindow& window = m_application.window();
+    QMimeData data;
+    data.setText(QStringLiteral("Dragged here"));
+    QDragEnterEvent enter(window.rect().center(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window, &enter);
+    const bool isShown = enter.isAccepted() && takePicture(window, QStringLiteral("12-dragging"));
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(&window, &leave);
+    return isShown || fail(QStringLiteral("the window does not take a text that is dragged to it"));
+}
+
+/// Asks how to export, and leaves it at that.
+bool SnippetsTour::showExport() {
+    return answerSheet([this] { m_application.window().exportSnippets(); }, QStringLiteral("13-exporting"),
+                       QString(escape));
 }
 
 bool SnippetsTour::showPreferences() {
     using Page = PreferencesWindow::Page;
-    for (const auto& [page, name] : {std::pair(Page::General, "11-preferences"), std::pair(Page::Sync, "12-sync"),
-                                     std::pair(Page::Database, "13-database")}) {
+    for (const auto& [page, name] : {std::pair(Page::General, "14-preferences"), std::pair(Page::Sync, "15-sync"),
+                                     std::pair(Page::Database, "16-database")}) {
         m_application.showPreferences(page);
         if (!takePicture(m_application.preferences(), QString::fromLatin1(name))) {
             return false;
@@ -305,7 +359,7 @@ bool SnippetsTour::showAbout() {
     if (!m_application.about() || !m_application.about()->isVisible() || m_application.window().isVisible()) {
         return fail(QStringLiteral("the window does not turn over"));
     }
-    if (!takePicture(*m_application.about(), QStringLiteral("14-about"))) {
+    if (!takePicture(*m_application.about(), QStringLiteral("17-about"))) {
         return false;
     }
     m_application.leaveAbout();
@@ -322,7 +376,7 @@ bool SnippetsTour::showHelp() {
     if (!waitFor(isLoaded, waitingTime, pictureInterval) || !page->isVisible()) {
         return fail(QStringLiteral("the help cannot be loaded"));
     }
-    return takePicture(*LTHelpLoader::loader().window(), QStringLiteral("15-help"));
+    return takePicture(*LTHelpLoader::loader().window(), QStringLiteral("18-help"));
 }
 
 /// Counts what is in the file, not what is in memory.

@@ -32,8 +32,11 @@ private:
     [[nodiscard]] bool showImport();
     [[nodiscard]] bool showAdded();
     [[nodiscard]] bool showRenamed();
+    [[nodiscard]] bool showEdited();
     [[nodiscard]] bool showCopied();
     [[nodiscard]] bool showRemoved();
+    [[nodiscard]] bool showDragged();
+    [[nodiscard]] bool showExport();
     [[nodiscard]] bool answerSheet(const std::function<void()>& ask, const QString& picture, const QString& typed);
     [[nodiscard]] bool showPreferences();
     [[nodiscard]] bool showAbout();

@@ -1,44 +1,37 @@
 // SPDX-License-Identifier: MIT
 #include "SnippetsWindow.h"
 
-#include "Appearance.h"
-#include "DateText.h"
-#include "ElidedLabel.h"
+#include "DropMark.h"
 #include "ImportBar.h"
 #include "MessageBar.h"
+#include "NumberText.h"
+#include "SnippetDetail.h"
+#include "SnippetExportPanel.h"
 #include "SnippetImporter.h"
-#include "SnippetKindTag.h"
+#include "SnippetMimeData.h"
 #include "SnippetPasteboard.h"
 #include "SnippetQuestions.h"
+#include "SnippetTextEdit.h"
+#include "SnippetsFooter.h"
 #include "SnippetsListModel.h"
 #include "SnippetsListView.h"
+#include "SnippetsWindowLayout.h"
 #include "TitleText.h"
 #include "sync/SnippetsSyncManager.h"
 
-#include <VXKit/controls/LTLeftResizeCorner.h>
-#include <VXKit/controls/LTResizeCorner.h>
+#include <VXKit/platform/appkit/NSApplication.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
 #include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/foundation/NSTimer.h>
-#include <VXKit/platform/foundation/NSUserDefaults.h>
-#include <VXKit/support/VXLog.h>
 
 #include <QAction>
-#include <QBoxLayout>
-#include <QCoreApplication>
-#include <QFontDatabase>
-#include <QKeyEvent>
-#include <QLabel>
+#include <QDropEvent>
 #include <QLineEdit>
 #include <QLocale>
-#include <QPlainTextEdit>
-#include <QPointer>
-#include <QPushButton>
+#include <QMimeData>
 #include <QSplitter>
-#include <QTextOption>
 
 #include <algorithm>
-#include <initializer_list>
 #include <utility>
 
 namespace {
@@ -47,96 +40,39 @@ namespace {
 constexpr NSSize windowSize{720, 500};
 constexpr NSSize leastSize{600, 320};
 constexpr NSSize largestSize{1400, 1000};
-constexpr double resizeCornerLength = 11;
-constexpr double resizeCornerMargin = 3; // so that the grip is within the round corner
-constexpr int arrowHeight = 14;          // of the window's arrow, above its body
-constexpr int separatorDepth = 48;       // of the window's separator, below its top
-constexpr int outlineWidth = 2;          // that the window's sides leave
-constexpr int listWidth = 280;
-constexpr int smallestColumnWidth = 200;
-constexpr int margin = 12;
-constexpr int spacing = 8;
-constexpr int searchHeight = 26;
-constexpr int titleFontGrowth = 3;
 
-constexpr double undoTime = 8.0;     // seconds that a removal can be undone
-constexpr double statusTime = 2.5;   // seconds that a note in the status line stays
+constexpr double undoTime = 8.0;     // seconds that a bar offers to undo a removal
 constexpr double clockInterval = 60; // seconds
 
-/// Longer texts are shown up to here, so that moving through the list never stops at one.
-constexpr qsizetype longestPreview = 100'000; // characters
-
-constexpr const char* divisionKey = "SnippetsWindowDivision";
-constexpr const char* sizeKey = "SnippetsWindowSize";
-constexpr const char* widthKey = "width";
-constexpr const char* heightKey = "height";
-
-NSData dataOf(const QByteArray& bytes) {
-    return {bytes.begin(), bytes.end()};
-}
-
-QByteArray bytesUnder(const char* key) {
-    const std::optional<NSPropertyList> value = NSUserDefaults::standardUserDefaults().objectForKey(key);
-    const NSData* data = value ? value->as<NSData>() : nullptr;
-    return data ? QByteArray(reinterpret_cast<const char*>(data->data()), static_cast<qsizetype>(data->size()))
-                : QByteArray();
-}
-
-std::optional<NSSize> sizeUnder(const char* key) {
-    const std::optional<NSPropertyList> value = NSUserDefaults::standardUserDefaults().objectForKey(key);
-    const NSDictionary* size = value ? value->as<NSDictionary>() : nullptr;
-    const auto length = [size](const char* side) {
-        const NSPropertyList* number = size ? size->objectForKey(side) : nullptr;
-        return number ? number->doubleValue() : 0;
-    };
-    const NSSize read{length(widthKey), length(heightKey)};
-    return read.width > 0 && read.height > 0 ? std::optional(read) : std::nullopt;
-}
+// The search is prepared in slices, between which the first key may come.
+constexpr double slicePause = 0.005; // seconds
+constexpr int sliceTime = 4;         // milliseconds
 
 NSSize limitedSize(const NSSize& size, const NSSize& least, const NSSize& largest) {
     return {std::max(least.width, std::min(size.width, largest.width)),
             std::max(least.height, std::min(size.height, largest.height))};
 }
 
-QString numbered(qint64 count, const char* one, const char* many) {
-    return QLocale(QLocale::English).toString(count) + QLatin1Char(' ') + QString::fromLatin1(count == 1 ? one : many);
+void stop(std::shared_ptr<NSTimer>& timer) {
+    if (timer) {
+        timer->invalidate();
+        timer.reset();
+    }
 }
 
-QString datesText(const Snippet& snippet) {
-    QStringList parts;
-    if (const std::optional<NSDate> created = snippet.snippetID()) {
-        parts += QStringLiteral("Created ") + fullDateText(*created);
+QString dropText(const DraggedContent& content) {
+    if (content.hasText) {
+        return QStringLiteral("Drop to add a snippet");
     }
-    const std::optional<NSDate> modified = snippet.dateOfModification();
-    // A batch of snippets gets identities that go back from the instant it was made, second by second; only a date that
-    // reads otherwise tells something.
-    if (modified && (!snippet.snippetID() || fullDateText(*modified) != fullDateText(*snippet.snippetID()))) {
-        parts += QStringLiteral("Modified ") + fullDateText(*modified);
-    }
-    if (snippet.useCount() > 0) {
-        QString use = QStringLiteral("Used ") + numbered(snippet.useCount(), "time", "times");
-        if (const std::optional<NSDate> used = snippet.dateOfLastUse()) {
-            use += QStringLiteral(", last ") + fullDateText(*used);
-        }
-        parts += use;
-    } else {
-        parts += QStringLiteral("Never used");
-    }
-    if (snippet.text().size() > longestPreview) {
-        parts += QStringLiteral("Beginning of ") + numbered(snippet.text().size(), "character", "characters");
-    }
-    return parts.join(QStringLiteral("  ·  "));
-}
-
-bool hasOnly(const QKeyEvent& event, Qt::KeyboardModifiers modifiers) {
-    return (event.modifiers() & ~Qt::KeypadModifier) == modifiers;
+    return content.paths.size() == 1 ? QStringLiteral("Drop to import the file")
+                                     : QStringLiteral("Drop to import %1 files").arg(content.paths.size());
 }
 
 } // namespace
 
 SnippetsWindow::SnippetsWindow(std::shared_ptr<SnippetsDatabase> database)
     : LTWindow({NSZeroPoint, windowSize}, NSBorderlessWindowMask, NSBackingStoreBuffered, false),
-      m_database(std::move(database)), m_model(new SnippetsListModel(m_database, this)) {
+      m_database(std::move(database)), m_model(new SnippetsListModel(m_database, this)), m_history(m_database) {
     setWindowTitle(QStringLiteral("Snippets"));
     makeWidgets();
     layOutWidgets();
@@ -145,221 +81,37 @@ SnippetsWindow::SnippetsWindow(std::shared_ptr<SnippetsDatabase> database)
     setMinSize(leastSize);
     setMaxSize(largestSize);
     restoreLayout();
+    setAcceptDrops(true);
     searchHasChanged();
+    m_willTerminate = NSNotificationCenter::defaultCenter().addObserverForName(NSApplicationWillTerminateNotification,
+                                                                               nullptr, [this](const NSNotification&) {
+                                                                                   if (m_detail->keep()) {
+                                                                                       // Which has come to its own turn
+                                                                                       // before.
+                                                                                       m_database->saveDB();
+                                                                                   }
+                                                                               });
 }
 
 SnippetsWindow::~SnippetsWindow() {
-    for (const std::shared_ptr<NSTimer>& timer : {m_undoTimer, m_statusTimer, m_clockTimer}) {
-        if (timer) {
-            timer->invalidate();
-        }
-    }
-}
-
-void SnippetsWindow::makeWidgets() {
-    m_importBar = new ImportBar(contentView());
-    m_importBar->setObjectName(QStringLiteral("importBar"));
-    m_messageBar = new MessageBar(contentView());
-    m_messageBar->setObjectName(QStringLiteral("messageBar"));
-    m_syncBar = new MessageBar(contentView());
-    m_syncBar->setObjectName(QStringLiteral("syncBar"));
-    m_undoBar = new MessageBar(contentView());
-    m_undoBar->setObjectName(QStringLiteral("undoBar"));
-    m_undoBar->setAction(QStringLiteral("Undo"), QStringLiteral("Undo removal"));
-
-    m_search = new QLineEdit(contentView());
-    m_search->setPlaceholderText(QStringLiteral("Search snippets"));
-    m_search->setAccessibleName(QStringLiteral("Search snippets"));
-    m_search->setMinimumHeight(searchHeight);
-    m_search->addAction(QIcon(QStringLiteral(":/images/Search.svg")), QLineEdit::LeadingPosition);
-    // In place of Qt's own clear button, whose symbol cannot be seen on a dark field.
-    m_clearSearch = m_search->addAction(QIcon(QStringLiteral(":/images/Close.svg")), QLineEdit::TrailingPosition);
-    m_clearSearch->setText(QStringLiteral("Clear search"));
-    m_clearSearch->setVisible(false);
-
-    m_splitter = new QSplitter(contentView());
-    m_splitter->setChildrenCollapsible(false);
-    m_splitter->setHandleWidth(1);
-    m_list = new SnippetsListView(m_splitter);
-    m_list->setModel(m_model);
-    m_list->setAccessibleName(QStringLiteral("Snippets"));
-    m_list->setMinimumWidth(smallestColumnWidth);
-
-    m_detail = new QWidget(m_splitter);
-    m_detail->setMinimumWidth(smallestColumnWidth);
-    m_detail->setAutoFillBackground(true);
-    m_detail->setBackgroundRole(QPalette::Base);
-    m_title = new ElidedLabel(m_detail);
-    QFont titleFont = m_title->font();
-    titleFont.setPixelSize(QFontInfo(titleFont).pixelSize() + titleFontGrowth);
-    titleFont.setWeight(QFont::DemiBold);
-    m_title->setFont(titleFont);
-    m_dates = new QLabel(m_detail);
-    m_dates->setTextFormat(Qt::PlainText);
-    m_dates->setWordWrap(true);
-    m_dates->setForegroundRole(QPalette::PlaceholderText);
-    m_dates->setContentsMargins(0, 0, margin, 0);
-    m_preview = new QPlainTextEdit(m_detail);
-    m_preview->setObjectName(QStringLiteral("preview"));
-    m_preview->setReadOnly(true);
-    m_preview->setFrameShape(QFrame::NoFrame);
-    m_preview->setTabChangesFocus(true);
-    useHUDScrollBars(*m_preview);
-    // So that there is never anything to scroll across.
-    m_preview->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    m_preview->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_preview->document()->setDocumentMargin(0);
-    m_preview->setAccessibleName(QStringLiteral("Text of the selected snippet"));
-    QFont textFont = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    textFont.setPixelSize(QFontInfo(font()).pixelSize() - 1);
-    m_preview->setFont(textFont);
-
-    m_status = new ElidedLabel(contentView());
-    m_status->setForegroundRole(QPalette::PlaceholderText);
-    m_about = new QPushButton(QStringLiteral("i"), contentView());
-    m_add = new QPushButton(QStringLiteral("Add from Clipboard"), contentView());
-    m_rename = new QPushButton(QStringLiteral("Rename"), contentView());
-    m_remove = new QPushButton(QStringLiteral("Remove"), contentView());
-    m_copy = new QPushButton(QStringLiteral("Copy"), contentView());
-    m_add->setToolTip(QStringLiteral("Add the text on the clipboard (Ctrl+V)"));
-    m_rename->setToolTip(QStringLiteral("Give the selected snippet another title (F2)"));
-    m_remove->setToolTip(QStringLiteral("Remove the selected snippet (Delete)"));
-    m_copy->setToolTip(QStringLiteral("Copy the selected snippet (Return copies and closes)"));
-    m_about->setToolTip(QStringLiteral("Turn the window over, to what this program is"));
-    for (QPushButton* button : {m_about, m_add, m_rename, m_remove, m_copy}) {
-        // A click on one leaves the keyboard where it was.
-        button->setFocusPolicy(Qt::TabFocus);
-        button->setAccessibleName(button->text());
-        usePushButtonSize(*button);
-    }
-    m_about->setAccessibleName(QStringLiteral("About Snippets"));
-    m_about->setFixedWidth(m_about->height());
-    for (QWidget* widget :
-         {static_cast<QWidget*>(m_search), static_cast<QWidget*>(m_list), static_cast<QWidget*>(m_preview),
-          static_cast<QWidget*>(m_about), static_cast<QWidget*>(m_add), static_cast<QWidget*>(m_rename),
-          static_cast<QWidget*>(m_remove), static_cast<QWidget*>(m_copy)}) {
-        widget->installEventFilter(this);
-    }
-    for (QWidget* bar : std::initializer_list<QWidget*>{m_importBar, m_messageBar, m_syncBar, m_undoBar}) {
-        for (QPushButton* button : bar->findChildren<QPushButton*>()) {
-            button->installEventFilter(this);
-        }
-    }
-}
-
-void SnippetsWindow::layOutWidgets() {
-    auto* detailLayout = new QVBoxLayout(m_detail);
-    detailLayout->setContentsMargins(margin + spacing / 2, margin, 0, 0);
-    detailLayout->setSpacing(spacing / 2);
-    m_titleLayout = new QHBoxLayout;
-    m_titleLayout->setContentsMargins(0, 0, margin, 0);
-    m_titleLayout->setSpacing(spacing);
-    m_titleLayout->addWidget(m_title, 1);
-    detailLayout->addLayout(m_titleLayout);
-    detailLayout->addWidget(m_dates);
-    detailLayout->addSpacing(spacing);
-    detailLayout->addWidget(m_preview, 1);
-    m_splitter->setStretchFactor(0, 0);
-    m_splitter->setStretchFactor(1, 1);
-    m_splitter->setSizes({listWidth, static_cast<int>(windowSize.width) - listWidth});
-
-    // Search in the window's head, between its arrow and its separator; the rest within its outline.
-    auto* searchLayout = new QHBoxLayout;
-    searchLayout->setContentsMargins(margin, 0, margin, 0);
-    searchLayout->addWidget(m_search);
-    auto* head = new QWidget(contentView());
-    head->setFixedHeight(separatorDepth - arrowHeight);
-    head->setLayout(searchLayout);
-    auto* buttonLayout = new QHBoxLayout;
-    buttonLayout->setContentsMargins(margin, spacing + 2, margin, spacing + 2);
-    buttonLayout->setSpacing(spacing);
-    buttonLayout->addWidget(m_about);
-    buttonLayout->addWidget(m_status, 1);
-    buttonLayout->addWidget(m_add);
-    buttonLayout->addWidget(m_rename);
-    buttonLayout->addWidget(m_remove);
-    buttonLayout->addWidget(m_copy);
-
-    auto* layout = new QVBoxLayout(contentView());
-    layout->setContentsMargins(outlineWidth, arrowHeight, outlineWidth, outlineWidth);
-    layout->setSpacing(0);
-    layout->addWidget(head);
-    layout->addSpacing(1);
-    layout->addWidget(m_importBar);
-    layout->addWidget(m_messageBar);
-    layout->addWidget(m_syncBar);
-    layout->addWidget(m_splitter, 1);
-    layout->addWidget(m_undoBar);
-    layout->addLayout(buttonLayout);
-}
-
-void SnippetsWindow::connectWidgets() {
-    connect(m_clearSearch, &QAction::triggered, m_search, &QLineEdit::clear);
-    connect(m_search, &QLineEdit::textChanged, this, &SnippetsWindow::searchHasChanged);
-    connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            &SnippetsWindow::selectionHasChanged);
-    connect(m_list, &QAbstractItemView::doubleClicked, this, [this] {
-        if (copySelected()) {
-            leave();
-        }
-    });
-    connect(m_model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex&, int first, int last) {
-        // The first to come into an empty list; later ones leave the selection, or that there is none, to the user.
-        if (m_model->rowCount() == last - first + 1) {
-            selectRow(0);
-        }
-        updateCount();
-    });
-    connect(m_model, &QAbstractItemModel::rowsRemoved, this, &SnippetsWindow::updateCount);
-    connect(m_model, &QAbstractItemModel::dataChanged, this, &SnippetsWindow::updatePreview);
-    connect(m_about, &QPushButton::clicked, this, &SnippetsWindow::asksWhatItIs);
-    connect(m_add, &QPushButton::clicked, this, &SnippetsWindow::addFromClipboard);
-    connect(m_rename, &QPushButton::clicked, this, &SnippetsWindow::renameSelected);
-    connect(m_remove, &QPushButton::clicked, this, &SnippetsWindow::askToRemoveSelected);
-    connect(m_copy, &QPushButton::clicked, this, &SnippetsWindow::copySelected);
-    connect(m_importBar, &ImportBar::asksToStop, this, &SnippetsWindow::asksToStopImport);
-    connect(m_undoBar, &MessageBar::actionTriggered, this, &SnippetsWindow::undoRemoval);
-    connect(m_undoBar, &MessageBar::dismissed, this, &SnippetsWindow::forgetRemoved);
-}
-
-void SnippetsWindow::addResizeCorners() {
-    constexpr double length = resizeCornerLength;
-    constexpr double inset = resizeCornerMargin;
-    ViewCore& content = *ViewCore::of(contentView());
-    auto left = std::make_unique<LTLeftResizeCorner>(NSMakeRect(inset, inset, length, length));
-    left->setAutoresizingMask(NSViewMaxXMargin | NSViewMaxYMargin);
-    content.addSubview(left.release());
-    auto right = std::make_unique<LTResizeCorner>(
-        NSMakeRect(content.bounds().size.width - inset - length, inset, length, length));
-    right->setAutoresizingMask(NSViewMinXMargin | NSViewMaxYMargin);
-    content.addSubview(right.release());
+    stop(m_undoTimer);
+    stop(m_clockTimer);
+    stop(m_searchTimer);
 }
 
 void SnippetsWindow::restoreLayout() {
-    if (const std::optional<NSSize> size = sizeUnder(sizeKey)) {
+    if (const std::optional<NSSize> size = keptWindowSize()) {
         // It may have been kept on a larger screen.
         const NSSize screen = NSScreen::mainScreen().visibleFrame().size;
         setFrame(
             {LTWindow::frame().origin, {std::min(size->width, screen.width), std::min(size->height, screen.height)}},
             false);
     }
-    m_splitter->restoreState(bytesUnder(divisionKey));
-    // Part of what the state remembers, and not the user's to change.
-    m_splitter->setChildrenCollapsible(false);
-    m_splitter->setHandleWidth(1);
+    restoreDivision(*m_splitter);
 }
 
 void SnippetsWindow::saveLayout() const {
-    NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
-    const NSSize size = LTWindow::frame().size;
-    NSDictionary lengths;
-    lengths.setObject(size.width, widthKey);
-    lengths.setObject(size.height, heightKey);
-    defaults.setObject(lengths, sizeKey);
-    defaults.setObject(dataOf(m_splitter->saveState()), divisionKey);
-    if (!defaults.synchronize()) {
-        VXLog("The size and the division of the window could not be kept");
-    }
+    keepWindowLayout(LTWindow::frame().size, *m_splitter);
 }
 
 void SnippetsWindow::setFrame(const NSRect& frame, bool display) {
@@ -397,16 +149,30 @@ std::shared_ptr<Snippet> SnippetsWindow::selectedSnippet() const {
 bool SnippetsWindow::addFromClipboard() {
     const std::shared_ptr<Snippet> added = addSnippetFromPasteboard(*m_database, NSPasteboard::generalPasteboard());
     if (!added) {
-        sayForAWhile(QStringLiteral("There is no text on the clipboard"));
+        m_footer->sayForAWhile(QStringLiteral("There is no text on the clipboard"));
         return false;
     }
-    if (m_database->holdsChangesBack()) {
-        sayForAWhile(quotedTitle(added->title()) + QStringLiteral(" comes in when the sync has ended"));
-        return true;
-    }
-    selectSnippet(*added);
-    sayForAWhile(QStringLiteral("Added ") + quotedTitle(added->title()));
+    tellAdded(*added);
     return true;
+}
+
+bool SnippetsWindow::addText(const QString& text) {
+    const std::shared_ptr<Snippet> added = addSnippetOfText(*m_database, text);
+    if (!added) {
+        m_footer->sayForAWhile(QStringLiteral("There is no text to add"));
+        return false;
+    }
+    tellAdded(*added);
+    return true;
+}
+
+void SnippetsWindow::tellAdded(const Snippet& added) {
+    if (m_database->holdsChangesBack()) {
+        m_footer->sayForAWhile(quotedTitle(added.title()) + QStringLiteral(" comes in when the sync has ended"));
+        return;
+    }
+    selectSnippet(added);
+    m_footer->sayForAWhile(QStringLiteral("Added ") + quotedTitle(added.title()));
 }
 
 bool SnippetsWindow::copySelected() {
@@ -414,11 +180,12 @@ bool SnippetsWindow::copySelected() {
     if (!selected) {
         return false;
     }
+    m_detail->keep();
     if (!copySnippetToPasteboard(selected, *m_database, NSPasteboard::generalPasteboard())) {
-        sayForAWhile(QStringLiteral("The clipboard does not take the text"));
+        m_footer->sayForAWhile(QStringLiteral("The clipboard does not take the text"));
         return false;
     }
-    sayForAWhile(QStringLiteral("Copied ") + quotedTitle(selected->title()));
+    m_footer->sayForAWhile(QStringLiteral("Copied ") + quotedTitle(selected->title()));
     showCopyPopUp();
     return true;
 }
@@ -429,11 +196,14 @@ void SnippetsWindow::renameSelected() {
         return;
     }
     const QPointer<SnippetsWindow> self(this);
+    m_detail->endEditing();
     const std::optional<QString> title = askForTitle(*selected, *this);
     if (self && title) {
+        noteLatestAction();
+        m_history.noteTitle(selected, selected->title(), *title);
         selected->rename(*title, NSDate::date());
         m_database->notifyOfModificationForSnippet(selected);
-        sayForAWhile(QStringLiteral("Renamed to ") + quotedTitle(*title));
+        m_footer->sayForAWhile(QStringLiteral("Renamed to ") + quotedTitle(*title));
     }
 }
 
@@ -451,40 +221,79 @@ void SnippetsWindow::removeSelected() {
     if (!selected) {
         return;
     }
-    m_removed.push_back(selected);
+    m_detail->endEditing();
+    m_searchIsLatest = false;
+    m_history.noteRemoval(selected);
     m_database->removeSnippet(selected);
-    m_undoBar->showMessage(m_removed.size() == 1 ? QStringLiteral("Removed ") + quotedTitle(selected->title())
-                                                 : QStringLiteral("Removed %1 snippets").arg(m_removed.size()));
-    if (m_undoTimer) {
-        m_undoTimer->invalidate();
-    }
+    const std::size_t count = m_history.openRemovalCount();
+    m_undoBar->showMessage(count == 1 ? QStringLiteral("Removed ") + quotedTitle(selected->title())
+                                      : QStringLiteral("Removed %1 snippets").arg(count));
+    stop(m_undoTimer);
     m_undoTimer =
-        NSTimer::scheduledTimerWithTimeInterval(undoTime, NSTimerRepeats::No, [this](NSTimer&) { forgetRemoved(); });
+        NSTimer::scheduledTimerWithTimeInterval(undoTime, NSTimerRepeats::No, [this](NSTimer&) { closeRemovals(); });
 }
 
-void SnippetsWindow::undoRemoval() {
-    if (m_removed.empty()) {
+void SnippetsWindow::editSelected() {
+    if (selectedSnippet()) {
+        m_detail->editor().setFocus(Qt::ShortcutFocusReason);
+    }
+}
+
+void SnippetsWindow::undo() {
+    m_detail->endEditing();
+    closeRemovals();
+    tell(m_history.undo());
+}
+
+void SnippetsWindow::redo() {
+    m_detail->endEditing();
+    closeRemovals();
+    tell(m_history.redo());
+}
+
+void SnippetsWindow::tell(const SnippetHistory::Outcome& outcome) {
+    m_searchIsLatest = false;
+    if (outcome.snippet) {
+        selectSnippet(*outcome.snippet);
+    }
+    if (!outcome.message.isEmpty()) {
+        m_footer->sayForAWhile(outcome.message);
+    }
+}
+
+/// The bar offers to undo the latest action, which it is no more.
+void SnippetsWindow::noteLatestAction() {
+    m_searchIsLatest = false;
+    closeRemovals();
+}
+
+/// What is removed from now on is undone by itself.
+void SnippetsWindow::closeRemovals() {
+    m_history.closeRemoval();
+    m_undoBar->hide();
+    stop(m_undoTimer);
+}
+
+void SnippetsWindow::exportSnippets() {
+    m_detail->keep();
+    std::vector<std::shared_ptr<Snippet>> snippets;
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        snippets.push_back(m_model->snippetAt(m_model->index(row)));
+    }
+    if (snippets.empty()) {
+        m_footer->sayForAWhile(QStringLiteral("There is nothing to export"));
         return;
     }
-    const std::vector<std::shared_ptr<Snippet>> removed = std::exchange(m_removed, {});
-    forgetRemoved();
-    std::shared_ptr<Snippet> last;
-    for (const std::shared_ptr<Snippet>& snippet : removed) {
-        last = m_database->putBack(snippet);
+    const QPointer<SnippetsWindow> self(this);
+    const std::optional<SnippetExportResult> result = exportWithPanels(snippets, m_model->isSearching(), *this);
+    if (!self || !result) {
+        return;
     }
-    if (m_database->holdsChangesBack()) {
-        sayForAWhile(quotedTitle(last->title()) + QStringLiteral(" comes back when the sync has ended"));
+    if (result->problem.isEmpty()) {
+        m_footer->sayForAWhile(QStringLiteral("Exported ") +
+                               numbered(static_cast<qint64>(result->count), "snippet", "snippets"));
     } else {
-        selectSnippet(*last);
-    }
-}
-
-void SnippetsWindow::forgetRemoved() {
-    m_removed.clear();
-    m_undoBar->hide();
-    if (m_undoTimer) {
-        m_undoTimer->invalidate();
-        m_undoTimer.reset();
+        m_messageBar->showMessage(QStringLiteral("Not exported: ") + result->problem);
     }
 }
 
@@ -493,20 +302,24 @@ void SnippetsWindow::showImportProgress(const SnippetImportProgress& progress) {
 }
 
 void SnippetsWindow::showImportResult(const SnippetImportResult& result) {
-    const bool wasToldOf = !m_importBar->isHidden();
     m_importBar->end();
-    const auto imported = static_cast<qint64>(result.importedCount);
+    const bool hasLists = result.listedCount + result.knownCount > 0;
+    const QString imported = numbered(static_cast<qint64>(result.importedCount), hasLists ? "snippet" : "file",
+                                      hasLists ? "snippets" : "files");
+    const QString known = result.knownCount == 0
+                              ? QString()
+                              : QStringLiteral(", %1 here already").arg(static_cast<qint64>(result.knownCount));
     if (result.refusals.empty() && !result.wasStopped) {
-        if (wasToldOf) {
-            sayForAWhile(QStringLiteral("Imported ") + numbered(imported, "file", "files"));
-        }
+        m_footer->sayForAWhile(QStringLiteral("Imported ") + imported + known);
         return;
     }
     QStringList details;
     for (const SnippetImportRefusal& refusal : result.refusals) {
         details += refusal.description();
     }
-    QString message = numbered(imported, "file was", "files were") + QStringLiteral(" imported");
+    QString message = imported +
+                      (result.importedCount == 1 ? QStringLiteral(" was imported") : QStringLiteral(" were imported")) +
+                      known;
     if (!result.refusals.empty()) {
         message += QStringLiteral(", %1 not").arg(static_cast<qint64>(result.refusals.size()));
     }
@@ -521,7 +334,7 @@ void SnippetsWindow::tellSync(const SyncReport& report) {
     } else {
         // What an earlier sync had to say is settled.
         m_syncBar->hide();
-        sayForAWhile(QStringLiteral("Synced"));
+        m_footer->sayForAWhile(QStringLiteral("Synced"));
     }
 }
 
@@ -532,7 +345,9 @@ void SnippetsWindow::selectSnippet(const _LTSnippet& snippet) {
         m_search->clear();
         index = m_model->indexOf(snippet);
     }
-    selectRow(index.row());
+    if (index.isValid()) {
+        selectRow(index.row());
+    }
 }
 
 void SnippetsWindow::searchHasChanged() {
@@ -552,56 +367,29 @@ void SnippetsWindow::searchHasChanged() {
 }
 
 void SnippetsWindow::selectionHasChanged() {
-    const bool isSelected = selectedSnippet() != nullptr;
-    m_copy->setEnabled(isSelected);
-    m_rename->setEnabled(isSelected);
-    m_remove->setEnabled(isSelected);
-    updatePreview();
-}
-
-void SnippetsWindow::updatePreview() {
-    const std::shared_ptr<Snippet> snippet = selectedSnippet();
-    m_title->setText(snippet ? m_model->data(m_model->indexOf(*snippet)).toString() : QString());
-    m_dates->setText(snippet ? datesText(*snippet) : QString());
-    const QString text = snippet ? snippet->text().first(std::min(snippet->text().size(), longestPreview)) : QString();
-    updateKindTag(snippet ? std::optional(kindOfText(text)) : std::nullopt);
-    // Setting it anew would take the user's place in the text away.
-    if (m_previewedText != text) {
-        m_previewedText = text;
-        m_preview->setPlainText(text);
-    }
-}
-
-void SnippetsWindow::updateKindTag(std::optional<SnippetKind> kind) {
-    if ((m_kindTag ? std::optional(m_kindTag->kind()) : std::nullopt) == kind) {
-        return;
-    }
-    delete std::exchange(m_kindTag, nullptr);
-    if (kind) {
-        m_kindTag = new SnippetKindTag(*kind);
-        m_titleLayout->addWidget(m_kindTag, 0, Qt::AlignVCenter);
-    }
+    const std::shared_ptr<Snippet> selected = selectedSnippet();
+    m_footer->setHasSelection(selected != nullptr);
+    m_model->setHeld(selected);
+    m_detail->showSnippet(selected);
 }
 
 void SnippetsWindow::updateCount() {
     const QString total = numbered(m_model->totalCount(), "snippet", "snippets");
-    m_status->setText(m_model->isSearching()
-                          ? QLocale(QLocale::English).toString(m_model->rowCount()) + QStringLiteral(" of ") + total
-                          : total);
-}
-
-void SnippetsWindow::sayForAWhile(const QString& status) {
-    m_status->setText(status);
-    if (m_statusTimer) {
-        m_statusTimer->invalidate();
-    }
-    m_statusTimer =
-        NSTimer::scheduledTimerWithTimeInterval(statusTime, NSTimerRepeats::No, [this](NSTimer&) { updateCount(); });
+    m_footer->setCount(m_model->isSearching()
+                           ? QLocale(QLocale::English).toString(m_model->rowCount()) + QStringLiteral(" of ") + total
+                           : total);
 }
 
 void SnippetsWindow::leave() {
     orderOut(nullptr);
     Q_EMIT left();
+}
+
+void SnippetsWindow::orderWindow(NSWindowOrderingMode place, int otherWindowNumber) {
+    m_goesAfterDrag = m_isDragging && place == NSWindowOut;
+    if (!m_goesAfterDrag) {
+        LTWindow::orderWindow(place, otherWindowNumber);
+    }
 }
 
 void SnippetsWindow::showEvent(QShowEvent* event) {
@@ -616,26 +404,25 @@ void SnippetsWindow::showEvent(QShowEvent* event) {
     }
     m_clockTimer = NSTimer::scheduledTimerWithTimeInterval(clockInterval, NSTimerRepeats::Yes,
                                                            [this](NSTimer&) { m_list->viewport()->update(); });
+    m_searchTimer = NSTimer::scheduledTimerWithTimeInterval(slicePause, NSTimerRepeats::Yes, [this](NSTimer& timer) {
+        if (!m_model->prepareSearch(sliceTime)) {
+            timer.invalidate();
+        }
+    });
 }
 
 void SnippetsWindow::hideEvent(QHideEvent* event) {
     LTWindow::hideEvent(event);
-    if (!event->spontaneous() && m_clockTimer) {
-        m_clockTimer->invalidate();
-        m_clockTimer.reset();
+    if (event->spontaneous()) {
+        return;
     }
-    if (!event->spontaneous()) {
-        saveLayout();
-        // The next time starts afresh, at the snippet that was selected.
-        m_search->clear();
-    }
-}
-
-void SnippetsWindow::keyPressEvent(QKeyEvent* event) {
-    // From widgets that are not filtered, those of the message bars.
-    if (!handleKeyPress(nullptr, event)) {
-        LTWindow::keyPressEvent(event);
-    }
+    stop(m_clockTimer);
+    stop(m_searchTimer);
+    m_dropMark->hide();
+    m_detail->endEditing();
+    saveLayout();
+    // The next time starts afresh, at the snippet that was selected.
+    m_search->clear();
 }
 
 void SnippetsWindow::mouseDown(const NSEvent& event) {
@@ -644,116 +431,45 @@ void SnippetsWindow::mouseDown(const NSEvent& event) {
     m_search->setFocus();
 }
 
-bool SnippetsWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::KeyPress && handleKeyPress(watched, static_cast<QKeyEvent*>(event))) {
-        return true;
+void SnippetsWindow::dragEnterEvent(QDragEnterEvent* event) {
+    const auto* const source = qobject_cast<const QWidget*>(event->source());
+    const DraggedContent content = contentOf(*event->mimeData());
+    const bool isOwn = source && source->window() == this;
+    if (isOwn || content.isEmpty() || !event->possibleActions().testFlag(Qt::CopyAction) ||
+        NSApplication::sharedApplication()->modalWindow()) {
+        event->ignore();
+        return;
     }
-    return LTWindow::eventFilter(watched, event);
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    m_dropMark->showOver(m_splitter->geometry(), dropText(content));
 }
 
-bool SnippetsWindow::handleKeyPress(QObject* receiver, QKeyEvent* event) {
-    const bool isInSearch = receiver == m_search;
-    if (handleCommandKey(receiver, *event)) {
-        return true;
-    }
-    if (!hasOnly(*event, Qt::NoModifier)) {
-        return passToSearch(receiver, event);
-    }
-    switch (event->key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        if (auto* button = qobject_cast<QPushButton*>(receiver)) {
-            button->click();
-        } else if (copySelected()) {
-            leave();
-        }
-        return true;
-    case Qt::Key_Escape:
-        if (!m_search->text().isEmpty()) {
-            m_search->clear();
-            m_search->setFocus();
-        } else if (m_importBar->isVisible()) {
-            Q_EMIT asksToStopImport();
-        } else {
-            leave();
-        }
-        return true;
-    case Qt::Key_Delete:
-        if (isInSearch && (m_search->hasSelectedText() || m_search->cursorPosition() < m_search->text().size())) {
-            return false;
-        }
-        // A key held down deletes characters, never snippets.
-        if (!event->isAutoRepeat()) {
-            askToRemoveSelected();
-        }
-        return true;
-    case Qt::Key_F2:
-        renameSelected();
-        return true;
-    case Qt::Key_Up:
-    case Qt::Key_Down:
-    case Qt::Key_PageUp:
-    case Qt::Key_PageDown:
-        return isInSearch && passToList(event);
-    default:
-        return passToSearch(receiver, event);
+void SnippetsWindow::dragLeaveEvent(QDragLeaveEvent* /*event*/) {
+    m_dropMark->hide();
+}
+
+void SnippetsWindow::dropEvent(QDropEvent* event) {
+    m_dropMark->hide();
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    const DraggedContent content = contentOf(*event->mimeData());
+    if (content.hasText) {
+        addText(event->mimeData()->text());
+    } else {
+        Q_EMIT asksToImport(content.paths);
     }
 }
 
-/// Keys with Control, which stay what they are in a text that has something selected.
-bool SnippetsWindow::handleCommandKey(QObject* receiver, const QKeyEvent& event) {
-    if (!hasOnly(event, Qt::ControlModifier)) {
-        return false;
+void SnippetsWindow::rowWasDragged(const std::shared_ptr<Snippet>& snippet, bool wasDropped) {
+    m_isDragging = false;
+    if (wasDropped && snippet && m_database->holds(*snippet)) {
+        // As good as copied and pasted.
+        snippet->noteUse(NSDate::date());
+        m_database->notifyOfModificationForSnippet(snippet);
+        m_footer->sayForAWhile(QStringLiteral("Dragged out ") + quotedTitle(snippet->title()));
     }
-    const bool isInSelectedText = (receiver == m_search && m_search->hasSelectedText()) ||
-                                  (receiver == m_preview && m_preview->textCursor().hasSelection());
-    switch (event.key()) {
-    case Qt::Key_V:
-        if (receiver == m_search && isInSelectedText) {
-            return false;
-        }
-        if (!event.isAutoRepeat()) {
-            addFromClipboard();
-        }
-        return true;
-    case Qt::Key_C:
-        if (isInSelectedText) {
-            return false;
-        }
-        copySelected();
-        return true;
-    case Qt::Key_Z:
-        if (!canUndoRemoval()) {
-            return false;
-        }
-        undoRemoval();
-        return true;
-    case Qt::Key_F:
-        m_search->setFocus();
-        m_search->selectAll();
-        return true;
-    default:
-        return false;
+    if (std::exchange(m_goesAfterDrag, false)) {
+        leave();
     }
-}
-
-bool SnippetsWindow::passToList(QKeyEvent* event) {
-    QCoreApplication::sendEvent(m_list, event);
-    return true;
-}
-
-/// Typing anywhere but in the search field goes there, and so does the key that takes back what was typed.
-bool SnippetsWindow::passToSearch(QObject* receiver, QKeyEvent* event) {
-    constexpr Qt::KeyboardModifiers commands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
-    const QString text = event->text();
-    const bool isTyping = !text.isEmpty() && (text.at(0).isPrint() || event->key() == Qt::Key_Backspace);
-    const bool pressesButton = qobject_cast<QPushButton*>(receiver) && event->key() == Qt::Key_Space;
-    if (receiver == m_search || !isTyping || pressesButton || (event->modifiers() & commands)) {
-        return false;
-    }
-    m_search->setFocus();
-    m_search->deselect();
-    m_search->setCursorPosition(static_cast<int>(m_search->text().size()));
-    QCoreApplication::sendEvent(m_search, event);
-    return true;
 }

@@ -1,29 +1,29 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "SnippetKind.h"
+#include "SnippetHistory.h"
 
 #include <VXKit/app/LTWindow.h>
+#include <VXKit/platform/foundation/NSNotificationCenter.h>
+
+#include <QPointer>
 
 #include <memory>
-#include <optional>
 #include <vector>
 
-class ElidedLabel;
+class DropMark;
 class ImportBar;
 class MessageBar;
 class NSTimer;
 class QAction;
-class QHBoxLayout;
+class QDropEvent;
 class QKeyEvent;
-class QLabel;
 class QLineEdit;
-class QPlainTextEdit;
-class QPushButton;
 class QSplitter;
 class Snippet;
-class SnippetKindTag;
+class SnippetDetail;
 class SnippetsDatabase;
+class SnippetsFooter;
 class SnippetsListModel;
 class SnippetsListView;
 class _LTSnippet;
@@ -50,7 +50,11 @@ struct SyncReport;
 ///
 /// It is made for the keyboard: whatever has the focus, typing searches, Up and Down move through the list, Return
 /// copies and leaves, F2 renames, Delete removes, Ctrl+V adds from the clipboard, Escape clears the search, stops an
-/// import that is told of, and then leaves.
+/// import that is told of, and then leaves. Ctrl+Z undoes what was done last. In the text, which Tab, a click or Ctrl+E
+/// gets to, the keys edit, Ctrl+Z undoes what was typed there, and Escape leads back.
+///
+/// Text and files that are dropped on it become snippets; a row that is dragged out of it is the text of a snippet to
+/// the program that it is dropped on.
 class SnippetsWindow : public LTWindow {
     Q_OBJECT
 
@@ -85,14 +89,26 @@ public:
     /// together.
     void removeSelected();
 
-    /// Puts back what the bar offers to put back: the same records, with all that belonged to them.
-    void undoRemoval();
-    [[nodiscard]] bool canUndoRemoval() const { return !m_removed.empty(); }
+    /// Puts the keyboard into the text of the selected snippet, to edit it. Nothing where none is selected.
+    void editSelected();
+
+    /// Undoes the latest removal, the latest new title or what was last typed into a text, and selects the snippet.
+    void undo();
+    /// Does again what was undone last.
+    void redo();
+    [[nodiscard]] bool canUndo() const { return m_history.canUndo(); }
+    [[nodiscard]] bool canRedo() const { return m_history.canRedo(); }
+
+    /// Asks for a file or folder, and writes the snippets that are shown to it: all, or those that were found.
+    void exportSnippets();
+
+    /// Adds a snippet of `text` and selects it. False where there is nothing but blanks, which the window says.
+    bool addText(const QString& text);
 
     /// Tells how far an import is, with a way to stop it, until its result is shown.
     void showImportProgress(const SnippetImportProgress& progress);
-    /// Tells what an import did, where it is worth telling: when something was refused, and when it took a while or was
-    /// stopped.
+    /// Tells what an import did: in passing where all went well, and so that it stays where something was refused or
+    /// the import was stopped.
     void showImportResult(const SnippetImportResult& result);
 
     /// Tells how a sync ended: quietly where all went well, with all that the user should know otherwise.
@@ -111,6 +127,9 @@ public:
     /// A click that nothing in the window has a use for, and one on a corner, puts the keyboard into the search.
     void mouseDown(const NSEvent& event) override;
 
+    /// Stays while one of its rows is dragged somewhere, since the drag would end with it, and goes after that.
+    void orderWindow(NSWindowOrderingMode place, int otherWindowNumber) override;
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
@@ -120,33 +139,46 @@ Q_SIGNALS:
     void asksWhatItIs();
     /// The user has seen enough of the import that is told of.
     void asksToStopImport();
+    /// Files and folders were dropped on the window.
+    void asksToImport(const QStringList& paths);
 
 protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void makeWidgets();
+    void makeSearch();
     void layOutWidgets();
     void connectWidgets();
     void addResizeCorners();
     void restoreLayout();
     bool handleKeyPress(QObject* receiver, QKeyEvent* event);
     bool handleCommandKey(QObject* receiver, const QKeyEvent& event);
+    bool handleEditorKey(const QKeyEvent& event);
+    bool handleUndoKey(QObject* receiver, const QKeyEvent& event);
     bool passToList(QKeyEvent* event);
     bool passToSearch(QObject* receiver, QKeyEvent* event);
+    bool isEditor(const QObject* receiver) const;
+    void leaveEditor();
+    void handleEscape();
     void searchHasChanged();
     void selectionHasChanged();
-    void updatePreview();
-    void updateKindTag(std::optional<SnippetKind> kind);
     void updateCount();
-    void sayForAWhile(const QString& status);
-    void forgetRemoved();
+    void tellAdded(const Snippet& added);
+    void tell(const SnippetHistory::Outcome& outcome);
+    void noteLatestAction();
+    void closeRemovals();
     void selectSnippet(const _LTSnippet& snippet);
+    void rowWasDragged(const std::shared_ptr<Snippet>& snippet, bool wasDropped);
 
     std::shared_ptr<SnippetsDatabase> m_database;
     SnippetsListModel* m_model;
+    SnippetHistory m_history;
 
     ImportBar* m_importBar = nullptr;
     MessageBar* m_messageBar = nullptr;
@@ -156,22 +188,16 @@ private:
     QAction* m_clearSearch = nullptr;
     QSplitter* m_splitter = nullptr;
     SnippetsListView* m_list = nullptr;
-    QWidget* m_detail = nullptr;
-    QHBoxLayout* m_titleLayout = nullptr;
-    ElidedLabel* m_title = nullptr;
-    SnippetKindTag* m_kindTag = nullptr; // of the snippet that is selected
-    QLabel* m_dates = nullptr;
-    QPlainTextEdit* m_preview = nullptr;
-    ElidedLabel* m_status = nullptr;
-    QPushButton* m_about = nullptr;
-    QPushButton* m_add = nullptr;
-    QPushButton* m_rename = nullptr;
-    QPushButton* m_remove = nullptr;
-    QPushButton* m_copy = nullptr;
+    SnippetDetail* m_detail = nullptr;
+    SnippetsFooter* m_footer = nullptr;
+    DropMark* m_dropMark = nullptr;
 
-    QString m_previewedText;
-    std::vector<std::shared_ptr<Snippet>> m_removed; // what the undo bar would put back
+    bool m_searchIsLatest = false; // it was typed into since anything else was done that can be undone
+    bool m_isDragging = false;     // one of its rows
+    bool m_goesAfterDrag = false;
+    QPointer<QWidget> m_beforeEditing; // where the keyboard was
     std::shared_ptr<NSTimer> m_undoTimer;
-    std::shared_ptr<NSTimer> m_statusTimer;
-    std::shared_ptr<NSTimer> m_clockTimer; // for dates that are told seen from now; only while the window is visible
+    std::shared_ptr<NSTimer> m_clockTimer;  // for dates that are told seen from now; only while the window is visible
+    std::shared_ptr<NSTimer> m_searchTimer; // while there are texts to prepare
+    NSNotificationObservation m_willTerminate;
 };

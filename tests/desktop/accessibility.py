@@ -62,9 +62,9 @@ class Program:
         self.process.wait()
 
 
-def application():
+def application(name=NAME):
     for each in pyatspi.Registry.getDesktop(0):
-        if each and each.name == NAME:
+        if each and each.name == name:
             # Nothing remembered: all answers are the program's own, and new.
             each.set_cache_mask(Atspi.Cache.NONE)
             return each
@@ -229,4 +229,5 @@ def main():
         sys.exit("\n".join(failures))
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
-# Finds the controls and an alert through the accessibility bus, as a screen reader does, and works with them; in a
+# Finds controls and windows through the accessibility bus, as a screen reader does, and works with them; in a
 # desktop session of its own.
 #
-#   tests/desktop/accessibility_test.sh PROGRAM     PROGRAM is the one made of ControlsProgram.cpp
+#   tests/desktop/accessibility_test.sh PROGRAM [SCRIPT]
+#
+# PROGRAM is the one made of ControlsProgram.cpp, or the one that SCRIPT, of this folder, works with.
 set -uo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 readonly seconds_to_wait=30
 
 if [[ ${ACCESSIBILITY_PROGRAM:-} == '' ]]; then
-  ACCESSIBILITY_PROGRAM=$(readlink -f "$1") DESKTOP_TRAY=no DESKTOP_COMPOSITOR=no \
+  ACCESSIBILITY_PROGRAM=$(readlink -f "$1") ACCESSIBILITY_SCRIPT=${2:-accessibility.py} DESKTOP_TRAY=no DESKTOP_COMPOSITOR=no \
     exec "$here/../../scripts/desktop-session.sh" "${BASH_SOURCE[0]}"
 fi
 
@@ -40,4 +42,4 @@ until has_bus 2>/dev/null; do
 done
 
 # Debian's own Python, which its packages are for.
-QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 /usr/bin/python3 "$here/accessibility.py" "$ACCESSIBILITY_PROGRAM"
+QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 /usr/bin/python3 "$here/$ACCESSIBILITY_SCRIPT" "$ACCESSIBILITY_PROGRAM"

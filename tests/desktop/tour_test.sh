@@ -25,7 +25,7 @@ printf '%s\n' "$told"
 
 mapfile -t pictures < <(find "$folder" -maxdepth 1 -name '*.png' | sort)
 ((${#pictures[@]})) || fail 'the tour took no picture'
-for step in list search importing stopped added renaming copied removed preferences about help; do
+for step in list search importing stopped added renaming editing copied removed dragging exporting preferences about help; do
   grep -q -- "-$step\.png\$" <<<"$told" || fail "the tour does not show '$step'"
 done
 for picture in "${pictures[@]}"; do

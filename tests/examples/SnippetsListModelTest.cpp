@@ -54,6 +54,8 @@ protected:
         model.setSearch(QString::fromUtf8(search));
         return titles(model);
     }
+
+    int totalAdded = 0;
 };
 
 TEST_F(SnippetsListModelTest, ListsTheNewestFirst) {
@@ -183,6 +185,95 @@ TEST_F(SnippetsListModelTest, FollowsARecordThatWasChanged) {
     database->notifyOfModificationForSnippet(snippet);
     EXPECT_THAT(titles(model), IsEmpty());
     EXPECT_THAT(found(model, "after"), ElementsAre("after"));
+}
+
+TEST_F(SnippetsListModelTest, FindsTheSameHoweverASearchIsComeTo) {
+    const std::vector<const char*> texts{"alpha beta", "alphabet", "beta gamma", "Gamma Álpha", "", "bet", "lphabe"};
+    for (std::size_t index = 0; index < 210; ++index) {
+        add(static_cast<double>(index), "", texts[index * index % texts.size()]);
+    }
+    SnippetsListModel model(database);
+    QItemSelectionModel selection(&model);
+    selection.select(model.index(100), QItemSelectionModel::Select);
+    for (const char* search : {"a", "al", "alp", "alp b", "alp be", "be", "b", "b gam", "gam", "", "x", "xa", "a",
+                               "lpha", "alphabet", "et", "", "beta alpha", "alpha"}) {
+        const std::vector<std::string> after = found(model, search);
+        SnippetsListModel fresh(database);
+        EXPECT_EQ(after, found(fresh, search)) << search;
+    }
+}
+
+TEST_F(SnippetsListModelTest, ManyRowsThatComeAndGoAreToldOfInAFewSteps) {
+    for (int index = 0; index < 2000; ++index) {
+        add(index, index % 2 == 0 ? "even" : "odd");
+    }
+    SnippetsListModel model(database);
+    QItemSelectionModel selection(&model);
+    const std::shared_ptr<Snippet> even = model.snippetAt(model.index(999));
+    ASSERT_EQ(even->title(), QStringLiteral("even"));
+    selection.select(model.indexOf(*even), QItemSelectionModel::Select);
+    const QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+    const QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
+    const QSignalSpy selected(&selection, &QItemSelectionModel::selectionChanged);
+    model.setSearch(QStringLiteral("even"));
+    EXPECT_EQ(model.rowCount(), 1000);
+    model.setSearch({});
+    EXPECT_EQ(model.rowCount(), 2000);
+    EXPECT_LE(inserted.count() + removed.count(), 8);
+    for (const QList<QVariant>& change : selected) {
+        EXPECT_TRUE(change[0].value<QItemSelection>().isEmpty() && change[1].value<QItemSelection>().isEmpty())
+            << "what is selected stays so, and only has another row";
+    }
+    EXPECT_EQ(model.snippetAt(selection.selectedIndexes().first()), even);
+}
+
+TEST_F(SnippetsListModelTest, FollowsWhatIsDoneByThoseItTells) {
+    add(1.0, "one");
+    const std::shared_ptr<Snippet> two = add(2.0, "two");
+    SnippetsListModel model(database);
+    QObject::connect(&model, &QAbstractItemModel::rowsAboutToBeRemoved, &model, [&] {
+        if (totalAdded++ == 0) {
+            add(3.0, "three");
+        }
+    });
+    database->removeSnippet(two);
+    EXPECT_THAT(titles(model), ElementsAre("three", "one"));
+    EXPECT_EQ(model.totalCount(), 2);
+}
+
+TEST_F(SnippetsListModelTest, KeepsTheRowOfWhatIsHeldUntilAnotherSearch) {
+    const std::shared_ptr<Snippet> held = add(1.0, "wanted");
+    const std::shared_ptr<Snippet> other = add(2.0, "wanted too");
+    SnippetsListModel model(database);
+    model.setSearch(QStringLiteral("want"));
+    model.setHeld(held);
+    for (const std::shared_ptr<Snippet>& snippet : {held, other}) {
+        snippet->rename(QStringLiteral("renamed"), dateAt(5.0));
+        database->notifyOfModificationForSnippet(snippet);
+    }
+    EXPECT_THAT(titles(model), ElementsAre("renamed"));
+    EXPECT_TRUE(model.indexOf(*held).isValid());
+    model.setSearch(QStringLiteral("wan"));
+    EXPECT_THAT(titles(model), IsEmpty());
+    EXPECT_THAT(found(model, ""), ElementsAre("renamed", "renamed"));
+}
+
+TEST_F(SnippetsListModelTest, PreparesTheSearchInSlices) {
+    for (int index = 0; index < 1000; ++index) {
+        auto snippet = std::make_shared<CountingSnippet>();
+        snippet->setSnippetID(dateAt(index));
+        snippet->setTitle(QStringLiteral("Snippet %1").arg(index));
+        database->addSnippet(snippet);
+    }
+    SnippetsListModel model(database);
+    CountingSnippet::askedCount = 0;
+    EXPECT_TRUE(model.prepareSearch(0));
+    EXPECT_LT(CountingSnippet::askedCount, 1000);
+    while (model.prepareSearch(0)) {
+    }
+    EXPECT_EQ(CountingSnippet::askedCount, 1000);
+    EXPECT_EQ(found(model, "snippet 99").size(), 19U);
+    EXPECT_EQ(CountingSnippet::askedCount - 1000, 19) << "for the titles of the rows alone";
 }
 
 TEST_F(SnippetsListModelTest, AnswersTheNewestWhateverTheSearch) {

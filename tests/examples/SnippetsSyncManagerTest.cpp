@@ -8,6 +8,7 @@
 #include "SnippetsHost.h"
 
 #include <MessageBar.h>
+#include <SnippetTextEdit.h>
 #include <SnippetsListModel.h>
 #include <SnippetsWindow.h>
 #include <sync/SnippetsSyncManager.h>
@@ -86,6 +87,17 @@ protected:
             }
             return ProxyFault();
         });
+    }
+
+    /// Types into the text of the first snippet while a sync is under way, and syncs until all is settled.
+    void typeDuringASync(const char* typed) {
+        application.showMainWindow();
+        application.window().selectRow(0);
+        auto* const editor = application.window().findChild<SnippetTextEdit*>();
+        whenAsked("GET", [&] { editor->insertPlainText(QString::fromUtf8(typed)); });
+        for (int count = 0; count < 3; ++count) {
+            sync();
+        }
     }
 
     std::vector<std::string> texts() const {
@@ -268,7 +280,7 @@ TEST_F(SyncingProgram, UndoOfARemovalMadeDuringASyncLasts) {
     whenAsked("PROPFIND", [&] { application.window().removeSelected(); });
     sync();
     EXPECT_THAT(texts(), IsEmpty());
-    application.window().undoRemoval();
+    application.window().undo();
     for (int count = 0; count < 3; ++count) {
         sync();
         EXPECT_THAT(texts(), ElementsAre("kept"));
@@ -284,13 +296,39 @@ TEST_F(SyncingProgram, UndoDuringTheSyncThatTheRemovalWasMadeInLasts) {
     application.window().selectRow(0);
     whenAsked("PROPFIND", [&] {
         application.window().removeSelected();
-        application.window().undoRemoval();
+        application.window().undo();
     });
     sync();
     EXPECT_THAT(texts(), ElementsAre("kept"));
     sync();
     sync();
     EXPECT_THAT(texts(), ElementsAre("kept"));
+}
+
+TEST_F(SyncingProgram, LosesNeitherWhatIsTypedDuringASyncNorWhatThatBrings) {
+    add(7.0, "Title", "text");
+    switchOn();
+    sync();
+    other.sync(server.address());
+    other.edit(7.0, "theirs");
+    other.sync(server.address());
+    typeDuringASync("mine ");
+    EXPECT_THAT(texts(), UnorderedElementsAre("mine text", "theirs"));
+    other.sync(server.address());
+    EXPECT_THAT(other.texts(), UnorderedElementsAre("mine text", "theirs"));
+}
+
+TEST_F(SyncingProgram, WhatIsTypedIntoASnippetThatASyncRemovesIsKept) {
+    add(7.0, "Title", "text");
+    switchOn();
+    sync();
+    other.sync(server.address());
+    other.remove(7.0);
+    other.sync(server.address());
+    typeDuringASync("mine ");
+    EXPECT_THAT(texts(), ElementsAre("mine text"));
+    other.sync(server.address());
+    EXPECT_THAT(other.texts(), ElementsAre("mine text"));
 }
 
 TEST_F(SyncingProgram, ListsNoMoreWhatIsRemovedDuringASync) {

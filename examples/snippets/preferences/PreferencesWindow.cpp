@@ -2,7 +2,6 @@
 #include "PreferencesWindow.h"
 
 #include "DatabasePage.h"
-#include "GeneralPage.h"
 
 #include <VXKit/controls/LTHUDButton.h>
 #include <VXKit/controls/LTHUDLineEdit.h>
@@ -19,7 +18,7 @@
 namespace {
 
 // Points.
-constexpr NSSize sizeBefore{380, 200}; // of the first page
+constexpr NSSize sizeBefore{380, 290}; // of the first page
 constexpr double titleBarHeight = 19;
 constexpr double tabsHeight = 26;
 constexpr double tabsGap = 6; // below the title bar
@@ -54,9 +53,10 @@ public:
 
 } // namespace
 
-PreferencesWindow::PreferencesWindow(SyncPage::Apply applySync, std::function<void()> useStandardDatabase)
+PreferencesWindow::PreferencesWindow(GeneralPage::Actions actions, SyncPage::Apply applySync,
+                                     std::function<void()> useStandardDatabase)
     : LTHUDWindow({NSZeroPoint, sizeBefore}, NSBorderlessWindowMask, NSBackingStoreBuffered, false),
-      m_general(new GeneralPage), m_sync(new SyncPage(std::move(applySync))),
+      m_general(new GeneralPage(std::move(actions))), m_sync(new SyncPage(std::move(applySync))),
       m_database(new DatabasePage(std::move(useStandardDatabase))) {
     setWindowTitle(QStringLiteral("Preferences"));
     setHasShadow(true);
@@ -94,6 +94,7 @@ void PreferencesWindow::makeButton() {
 
 void PreferencesWindow::showPage(Page page) {
     if (!isVisible()) {
+        m_general->reload();
         m_sync->reload();
         center();
     }
@@ -104,6 +105,11 @@ void PreferencesWindow::showPage(Page page) {
     if (page == Page::Sync) {
         makeFirstResponder(&m_sync->firstField());
     }
+}
+
+void PreferencesWindow::becomeKeyWindow() {
+    LTHUDWindow::becomeKeyWindow();
+    m_general->reload();
 }
 
 void PreferencesWindow::showDatabase(const QString& path, bool isStandard) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "GeneralPage.h"
 #include "SyncPage.h"
 
 #include <VXKit/hud/LTHUDWindow.h>
@@ -8,7 +9,6 @@
 #include <functional>
 
 class DatabasePage;
-class GeneralPage;
 class LTPreferenceTabs;
 
 /// The program's preferences: three pages behind tabs, and a window that takes the size of each as it slides in.
@@ -29,11 +29,15 @@ class PreferencesWindow : public LTHUDWindow {
 public:
     enum class Page { General, Sync, Database };
 
-    PreferencesWindow(SyncPage::Apply applySync, std::function<void()> useStandardDatabase);
+    PreferencesWindow(GeneralPage::Actions actions, SyncPage::Apply applySync,
+                      std::function<void()> useStandardDatabase);
     ~PreferencesWindow() override;
 
     /// Brings the window to the front with the keyboard, in the middle of the screen where it is closed, at `page`.
     void showPage(Page page);
+
+    /// Looks again at what other programs may have changed while the user was there.
+    void becomeKeyWindow() override;
 
     /// What the database page shows.
     void showDatabase(const QString& path, bool isStandard);
