@@ -6,9 +6,14 @@
 #include "PictureBook.h"
 
 #include <VXKit/controls/LTHUDTableView.h>
+#include <VXKit/platform/desktop/MotionPreference.h>
+
+#include <QScopeGuard>
 
 bool takeGalleryPictures(GalleryWindow& window, PictureBook& book) {
     GalleryApplication& application = GalleryApplication::shared();
+    const auto motion =
+        qScopeGuard([before = prefersReducedMotion()] { GalleryApplication::setReducesMotion(before); });
     GalleryApplication::setReducesMotion(true);
     QApplication::setCursorFlashTime(0); // the caret of a field with the keyboard is always seen
     application.setShownActive(true);

@@ -38,18 +38,17 @@ void NameTagPage::build(Stage& stage, SettingsPane& settings) {
     });
 }
 
-/// A tag keeps its name, so another name is another tag.
+/// Made anew for another name: there is one way to make each kind of tag, and both are shown.
 void NameTagPage::showTags(Stage& stage) {
+    const auto show = [&stage](std::unique_ptr<LTNameTag> tag, const NSPoint& place) {
+        tag->setFrameOrigin(place);
+        stage.addSubview(tag.get());
+        return tag.release();
+    };
     delete m_small;
     delete m_large;
-    std::unique_ptr<LTNameTag> small = LTNameTag::nameTagWithName(m_tagName);
-    std::unique_ptr<LTNameTag> large = LTNameTag::nameTagWithDictionary({{"name", m_tagName.toStdString()}});
-    small->setFrameOrigin(smallPlace);
-    large->setFrameOrigin(largePlace);
-    m_small = small.get();
-    m_large = large.get();
-    stage.addSubview(small.release());
-    stage.addSubview(large.release());
+    m_small = show(LTNameTag::nameTagWithName(m_tagName), smallPlace);
+    m_large = show(LTNameTag::nameTagWithDictionary({{"name", m_tagName.toStdString()}}), largePlace);
 }
 
 void NameTagPage::takePictures(PictureBook& book) {
