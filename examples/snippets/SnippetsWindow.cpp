@@ -94,6 +94,9 @@ SnippetsWindow::SnippetsWindow(std::shared_ptr<SnippetsDatabase> database)
 }
 
 SnippetsWindow::~SnippetsWindow() {
+    // As long as there is a window that hears of it: Qt takes the keyboard from the text in the middle of the end.
+    m_detail->keep();
+    disconnect(m_model, nullptr, this, nullptr);
     stop(m_undoTimer);
     stop(m_clockTimer);
     stop(m_searchTimer);
