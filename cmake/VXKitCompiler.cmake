@@ -39,6 +39,8 @@ function(vxkit_warnings target)
     -Woverloaded-virtual -Wcast-align -Wunused -Wdouble-promotion -Wformat=2 -Wimplicit-fallthrough
     -Wno-reserved-identifier
     $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op>
+    # Where sources are compiled as one, clang takes a name of the first for one that the headers of the second shadow.
+    $<$<AND:$<CXX_COMPILER_ID:Clang>,$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wno-shadow>
     $<$<BOOL:${VXKIT_WARNINGS_AS_ERRORS}>:-Werror>
     ${VXKIT_PCH_CACHE_OPTION})
 endfunction()

@@ -3,6 +3,7 @@
 
 #include <VXKit/platform/appkit/WrappedText.h>
 #include <VXKit/platform/graphics/NSGraphicsContext.h>
+#include <VXKit/platform/graphics/QtColor.h>
 
 #include <QAction>
 #include <QBrush>
@@ -83,7 +84,7 @@ void NSTextField::setTextColor(const NSColor& color) {
 }
 
 void NSTextField::setTextColor(const QColor& color) {
-    setTextColor(NSColor::colorWithCalibratedRed(color.redF(), color.greenF(), color.blueF(), color.alphaF()));
+    setTextColor(NSColorFromQColor(color));
 }
 
 QColor NSTextField::widgetTextColor() const {
