@@ -64,7 +64,6 @@ step 'lint' ./lint.sh
 step 'fuzz' tests/fuzz/run.sh "$fuzz_seconds"
 step 'build asan+ubsan' build asan+ubsan && step 'tests asan+ubsan' tests asan+ubsan
 if [[ -n ${released:-} ]]; then
-  step 'static library' scripts/check-static.sh
   step 'tests in German' tests_in_locale de_DE.UTF-8
   step 'tests in Turkish' tests_in_locale tr_TR.UTF-8
   step 'tests release' tests release
