@@ -21,7 +21,7 @@ QString applicationInterface() {
     return QStringLiteral("org.freedesktop.Application");
 }
 
-/// As the desktop entry specification makes one out of the other.
+/// As freedesktop.org has launchers make one out of the other.
 QString pathOfName(const QString& name) {
     QString path = QLatin1Char('/') + name;
     return path.replace(QLatin1Char('.'), QLatin1Char('/')).replace(QLatin1Char('-'), QLatin1Char('_'));

@@ -123,7 +123,7 @@ bool LoginItem::setOn(bool isOn) const {
 }
 
 QString LoginItem::execValue(const QStringList& arguments) {
-    // Those that a shell, or the specification of desktop entries, takes for something else.
+    // Those that a shell, or whoever reads a desktop entry, takes for something else.
     const QString reserved = QStringLiteral(" \t\n\"'\\><~|&;$*?#()`");
     QStringList words;
     for (QString argument : arguments) {
