@@ -169,14 +169,15 @@ RunningInstance::Answer RunningInstance::ask(const QString& name, const Request&
     const QDeadlineTimer deadline(timeout);
     const auto remaining = [&] { return std::max(1, static_cast<int>(deadline.remainingTime())); };
     while (bus.isConnected()) {
-        const QString owner = ownerOf(bus, name, remaining());
+        // The bus has the whole time: that it is slow does not mean that nobody is there.
+        const QString owner = ownerOf(bus, name, timeout);
         if (owner.isEmpty()) {
             return Answer::NobodyThere;
         }
         if (request.m_method.isNull()) {
             return Answer::Done;
         }
-        const QString process = processOf(bus, owner, remaining());
+        const QString process = processOf(bus, owner, timeout);
         QDBusMessage call =
             QDBusMessage::createMethodCall(name, pathOfName(name), applicationInterface(), request.m_method);
         call.setArguments(request.m_arguments + QVariantList{platformData()});
