@@ -1,99 +1,19 @@
 // SPDX-License-Identifier: MIT
-#include <VXKit/platform/appkit/NSNib.h>
+#include "NSNibTestSupport.h"
 
-#include "AppKitHost.h"
+#include <QAbstractButton>
 
-#include <VXKit/platform/appkit/NSButton.h>
-#include <VXKit/platform/appkit/NSNibDocument.h>
-#include <VXKit/platform/appkit/NSPanel.h>
-#include <VXKit/platform/appkit/NSTextField.h>
-
-#include <QAction>
-#include <QComboBox>
-#include <QFile>
-#include <QLabel>
-#include <QLineEdit>
-#include <QSlider>
-#include <QTabWidget>
-
-#include <algorithm>
+#include <functional>
 #include <memory>
-#include <optional>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 
-namespace {
-
-using testing::AllOf;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
-/// What was written to standard error while `work` ran, by whomever, as lines.
-std::vector<std::string> linesLoggedBy(const std::function<void()>& work) {
-    testing::internal::CaptureStderr();
-    work();
-    const QString log = QString::fromStdString(testing::internal::GetCapturedStderr());
-    std::vector<std::string> lines;
-    for (const QString& line : log.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-        lines.push_back(line.toStdString());
-    }
-    return lines;
-}
-
-/// A view that writes down when it is awoken, and what was there then.
-class WritingView : public NSView {
-public:
-    using NSView::NSView;
-
-    void awakeFromNib() override {
-        log.push_back(objectName().toStdString());
-        superviewWhenAwoken = superview();
-    }
-
-    static inline std::vector<std::string> log;
-    QWidget* superviewWhenAwoken = nullptr;
-};
-
-/// A view that is made with a frame, as most of AppKit's are.
-class FramedView : public NSView {
-public:
-    explicit FramedView(const NSRect& frame) { setFrame(frame); }
-};
-
-class PanelOwner : public NSNibOwner {
-public:
-    void connectNib(NSNibConnections& connections) override {
-        connections.outlet(QStringLiteral("panel"), panel);
-        connections.outlet(QStringLiteral("box"), box);
-        connections.outlet(QStringLiteral("button"), button);
-        connections.outlet(QStringLiteral("checkBox"), checkBox);
-        connections.outlet(QStringLiteral("label"), label);
-        connections.outlet(QStringLiteral("line"), line);
-        connections.outlet(QStringLiteral("count"), count);
-        connections.outlet(QStringLiteral("choice"), choice);
-        connections.outlet(QStringLiteral("entry"), entry);
-        for (const char* name : {"go:", "enter:", "choose:"}) {
-            connections.action(QString::fromLatin1(name), [this, name](QObject* sender) {
-                sent.push_back(name + std::string(" from ") + sender->objectName().toStdString());
-            });
-        }
-    }
-
-    QPointer<NSPanel> panel;
-    NSView* box = nullptr;
-    NSButton* button = nullptr;
-    NSButton* checkBox = nullptr;
-    NSTextField* label = nullptr;
-    QPointer<QLineEdit> line;
-    QLabel* count = nullptr;
-    QComboBox* choice = nullptr;
-    QAction* entry = nullptr;
-    std::vector<std::string> sent;
-};
+namespace {
 
 class WritingOwner : public NSNibOwner {
 public:
@@ -107,57 +27,10 @@ public:
     WritingView* second = nullptr;
 };
 
-/// Puts what is called `name` into a field.
-template <class T>
-class OneOutlet : public NSNibOwner {
-public:
-    explicit OneOutlet(QString name) : m_name(std::move(name)) {}
-
-    void connectNib(NSNibConnections& connections) override { connections.outlet(m_name, object); }
-
-    QPointer<T> object;
-
-private:
-    QString m_name;
-};
-
 NSRect frameOf(const QWidget* widget) {
     const ViewCore* view = ViewCore::of(widget);
     return view ? view->frame() : NSMakeRect(-1, -1, -1, -1);
 }
-
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
-}
-
-class NSNibTest : public AppKitHost {
-protected:
-    void SetUp() override {
-        NSNib::registerClass<WritingView>(QStringLiteral("WritingView"));
-        NSNib::registerClass<FramedView>(QStringLiteral("FramedView"));
-        WritingView::log.clear();
-    }
-
-    /// Loads a nib that is without fault.
-    void load(const QString& name, NSNibOwner& owner) {
-        const std::vector<std::string> log = linesLoggedBy([&, nibName = name] {
-            NSNib nib(nibName);
-            EXPECT_TRUE(nib.isValid());
-            EXPECT_TRUE(nib.instantiateNibWithOwner(owner, &topLevelObjects));
-        });
-        EXPECT_THAT(log, IsEmpty());
-        ASSERT_FALSE(topLevelObjects.empty());
-    }
-
-    /// What is logged when a nib is loaded that has faults.
-    std::vector<std::string> faultsOf(const QString& name, NSNibOwner& owner) {
-        return linesLoggedBy([&] { EXPECT_FALSE(NSNib(name).instantiateNibWithOwner(owner, &topLevelObjects)); });
-    }
-
-    std::vector<std::unique_ptr<QWidget>> topLevelObjects;
-};
 
 } // namespace
 
@@ -396,116 +269,6 @@ TEST_F(NSNibTest, TakesAnotherClassUnderANameThatIsRegistered) {
     EXPECT_NE(dynamic_cast<OtherView*>(owner.first), nullptr);
 }
 
-TEST_F(NSNibTest, LogsANibThatIsNotThereOnce) {
-    PanelOwner owner;
-    for (const char* name : {"Missing", "../nibs/Panel", "../../etc/passwd", "", "nibs"}) {
-        const std::vector<std::string> log = linesLoggedBy([&] {
-            NSNib nib(QString::fromLatin1(name));
-            EXPECT_FALSE(nib.isValid());
-            EXPECT_FALSE(nib.instantiateNibWithOwner(owner));
-            EXPECT_FALSE(nib.instantiateNibWithOwner(owner));
-        });
-        EXPECT_THAT(log, ElementsAre(HasSubstr(std::string(name) + ".ui: there is no such nib"))) << name;
-    }
-    EXPECT_EQ(owner.panel, nullptr);
-}
-
-TEST_F(NSNibTest, LogsWhereAFileIsNoForm) {
-    const std::map<QString, std::string> faults = {
-        {QStringLiteral("Empty"), "line 1, column 0: Premature end of document."},
-        {QStringLiteral("Garbage"), "line 1, column "},
-        {QStringLiteral("Mismatched"), "line 4, column 10: "},
-        {QStringLiteral("Bogus"), "line 1, column 63: there is an element \"bogus\" in one \"widget\""},
-        {QStringLiteral("Old"), "line 1, column 18: it is a form of Designer's version 3.0"},
-        {QStringLiteral("Page"), "line 1, column 6: it is not a form of Designer's"},
-        {QStringLiteral("Nothing"), "there is no widget in it"},
-    };
-    for (const auto& [name, fault] : faults) {
-        PanelOwner owner;
-        const std::string path = ":/nibs/" + name.toStdString() + ".ui: ";
-        const std::vector<std::string> log = linesLoggedBy([&, nibName = name] {
-            NSNib nib(nibName);
-            EXPECT_FALSE(nib.isValid());
-            EXPECT_FALSE(nib.instantiateNibWithOwner(owner));
-        });
-        EXPECT_THAT(log, ElementsAre(HasSubstr(path + fault)));
-        EXPECT_EQ(owner.panel, nullptr);
-    }
-}
-
-TEST_F(NSNibTest, LogsEachFaultOfAFileOnceAndLoadsTheRest) {
-    OneOutlet<NSView> owner(QStringLiteral("_view"));
-    const std::vector<std::string> log = faultsOf(QStringLiteral("Faults"), owner);
-    const auto fault = [](const char* text) { return AllOf(HasSubstr(":/nibs/Faults.ui: "), HasSubstr(text)); };
-    EXPECT_THAT(log, UnorderedElementsAre(fault("the class AcmeDial is not known"),
-                                          fault("the class AcmeNothing is not known"),
-                                          fault("the class AcmeCircle is not known"),
-                                          fault("\"innerWindow\" of class NSWindow is a window within a view"),
-                                          fault("\"NSViewFloats\" is no autoresizing mask"),
-                                          fault("\"Qt::SomeFocus\" is no value of the property \"focusPolicy\""),
-                                          fault("there is no widget \"missing\", which the tab order names"),
-                                          fault("clicked() of \"button\" cannot be connected to fly() of \"label\""),
-                                          fault("there is no object \"nobody\", which a connection names"),
-                                          fault("the owner has no action \"go:\", which \"label\" names"),
-                                          fault("the owner has no action \"fly:\", which \"button\" names")));
-    ASSERT_NE(owner.object, nullptr);
-    const auto* dial = owner.object->findChild<QSlider*>(QStringLiteral("dial"));
-    ASSERT_NE(dial, nullptr) << "what it extends, by way of what that extends";
-    EXPECT_EQ(dial->value(), 42);
-    EXPECT_EQ(dial->geometry(), QRect(1, 2, 30, 40));
-    EXPECT_NE(owner.object->findChild<QLabel*>(QStringLiteral("within")), nullptr);
-}
-
-TEST_F(NSNibTest, LogsOutletsThatCannotBeConnected) {
-    class Owner : public NSNibOwner {
-    public:
-        void connectNib(NSNibConnections& connections) override {
-            connections.outlet(QStringLiteral("third"), third);
-            connections.outlet(QStringLiteral("first"), first);
-            connections.outlet(QStringLiteral("second"), second);
-        }
-        NSView* third = reinterpret_cast<NSView*>(1);
-        NSButton* first = reinterpret_cast<NSButton*>(1);
-        QPointer<NSView> second;
-    };
-    Owner owner;
-    const std::vector<std::string> log = faultsOf(QStringLiteral("View"), owner);
-    EXPECT_THAT(log, ElementsAre(HasSubstr(":/nibs/View.ui: there is no object \"third\" for the outlet"),
-                                 HasSubstr(":/nibs/View.ui: the object \"first\" is of class WritingView, the outlet "
-                                           "for it of class NSButton")));
-    EXPECT_EQ(owner.third, nullptr);
-    EXPECT_EQ(owner.first, nullptr);
-    EXPECT_NE(owner.second, nullptr);
-}
-
-TEST_F(NSNibTest, LogsAnActionOfWhatSendsNone) {
-    class Owner : public NSNibOwner {
-    public:
-        void connectNib(NSNibConnections& connections) override {
-            connections.action(QStringLiteral("go:"), [](QObject*) {});
-            connections.action(QStringLiteral("fly:"), [](QObject*) {});
-        }
-    };
-    Owner owner;
-    EXPECT_THAT(faultsOf(QStringLiteral("Faults"), owner),
-                testing::Contains(HasSubstr("\"label\" of class NSTextField sends no action")));
-}
-
-TEST_F(NSNibTest, OutlastsPropertiesOfWrongTypes) {
-    OneOutlet<NSView> owner(QStringLiteral("_view"));
-    const std::vector<std::string> log = faultsOf(QStringLiteral("WrongTypes"), owner);
-    const auto fault = [](const char* text) { return AllOf(HasSubstr(":/nibs/WrongTypes.ui: "), HasSubstr(text)); };
-    EXPECT_THAT(log,
-                UnorderedElementsAre(fault("the property \"toolTip\" has no value"),
-                                     fault("\"Sideways\" is no value of the property \"cursor\""),
-                                     fault("\"Wide\" is no value of the property \"hsizetype\""),
-                                     fault("\"High\" is no value of the property \"vsizetype\""),
-                                     fault("the layout class AcmeLayout is not known"),
-                                     fault("\"QLayout::Whatever\" is no value of the property \"sizeConstraint\"")));
-    ASSERT_NE(owner.object, nullptr);
-    EXPECT_NE(owner.object->findChild<QLabel*>(QStringLiteral("inLayout")), nullptr);
-}
-
 TEST(NSNib, LeavesWhatNobodyTookUntilTheApplicationEnds) {
     char name[] = "host";
     char* arguments[] = {name, nullptr};
@@ -529,60 +292,4 @@ TEST(NSNib, LeavesWhatNobodyTookUntilTheApplicationEnds) {
     for (const QPointer<NSView>& view : views) {
         EXPECT_EQ(view, nullptr);
     }
-}
-
-TEST(NibDocument, RefusesElementsThatLieTooDeep) {
-    constexpr int depth = 10'000;
-    QByteArray content("<ui version=\"4.0\">");
-    for (int count = 0; count < depth; ++count) {
-        content += "<widget class=\"QWidget\">";
-    }
-    for (int count = 0; count < depth; ++count) {
-        content += "</widget>";
-    }
-    content += "</ui>";
-    EXPECT_THAT(NibDocument::read(content).fault.toStdString(), HasSubstr("line 1, column "));
-    EXPECT_THAT(NibDocument::read(content).fault.toStdString(), HasSubstr("elements lie more than 250 deep"));
-}
-
-TEST(NibDocument, TakesWhatAPersonDraws) {
-    QByteArray content("<ui version=\"4.0\">");
-    for (int count = 0; count < 100; ++count) {
-        content += "<widget class=\"QWidget\">";
-    }
-    for (int count = 0; count < 100; ++count) {
-        content += "</widget>";
-    }
-    const NibDocument document = NibDocument::read(content + "</ui>");
-    EXPECT_TRUE(document.fault.isNull()) << document.fault.toStdString();
-    EXPECT_EQ(document.objects.size(), 100U);
-}
-
-TEST(NibDocument, FindsAFaultInEveryFileThatWasCutOff) {
-    const QByteArray content = contentOf(QStringLiteral(":/nibs/Panel.ui")).trimmed();
-    ASSERT_TRUE(NibDocument::read(content).fault.isNull());
-    for (qsizetype length = 0; length < content.size(); ++length) {
-        EXPECT_FALSE(NibDocument::read(content.left(length)).fault.isNull()) << length;
-    }
-}
-
-TEST(NibDocument, RefusesWhatFollowsTheForm) {
-    const QByteArray form("<ui version=\"4.0\"><widget class=\"QWidget\"/></ui>");
-    EXPECT_TRUE(NibDocument::read(form + "\n").fault.isNull());
-    EXPECT_FALSE(NibDocument::read(form + form).fault.isNull());
-}
-
-TEST(NibDocument, RefusesEntitiesThatGrow) {
-    QByteArray content("<!DOCTYPE ui [<!ENTITY a \"aaaaaaaaaaaaaaaa\">");
-    for (char name = 'b'; name < 'k'; ++name) {
-        const char before = static_cast<char>(name - 1);
-        content += QByteArray("<!ENTITY ") + name + " \"";
-        for (int count = 0; count < 16; ++count) {
-            content += QByteArray("&") + before + ";";
-        }
-        content += "\">";
-    }
-    content += "]><ui version=\"4.0\"><widget class=\"QLabel\"><property name=\"text\"><string>&j;</string></property>"
-               "</widget></ui>";
-    EXPECT_FALSE(NibDocument::read(content).fault.isNull());
 }

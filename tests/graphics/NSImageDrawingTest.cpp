@@ -1,25 +1,18 @@
 // SPDX-License-Identifier: MIT
-// Drawing images, and drawing into them; NSImageTest has where they come from.
-#include <VXKit/platform/graphics/NSBezierPath.h>
-#include <VXKit/platform/graphics/NSColor.h>
-#include <VXKit/platform/graphics/NSGraphics.h>
-#include <VXKit/platform/graphics/NSGraphicsContext.h>
-#include <VXKit/platform/graphics/NSImage.h>
+// Drawing images; NSImageFocusTest has drawing into them, NSImageTest where they come from.
+#include "NSImageTestSupport.h"
 
-#include <tests/graphics/GraphicsTestSupport.h>
+#include <VXKit/platform/graphics/NSBezierPath.h>
+#include <VXKit/platform/graphics/NSGraphicsContext.h>
 
 #include <QFile>
-#include <QGuiApplication>
 #include <QPainter>
 #include <QTemporaryDir>
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <string>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -36,25 +29,8 @@ QImage noise(QSize size) {
     return image;
 }
 
-std::shared_ptr<NSImage> imageOf(QImage pixels, double pixelRatio = 1) {
-    pixels.setDevicePixelRatio(pixelRatio);
-    return NSImage::initWithQImage(pixels);
-}
-
-// An image of 4 by 4 points whose lower left quarter is red.
-std::shared_ptr<NSImage> redCorner() {
-    return imageOf(plain({4, 4}, {0, 2, 2, 2}, Qt::red, Qt::white));
-}
-
 void drawWhole(const NSImage& image, const NSRect& rect, double fraction = 1) {
     image.drawInRect(rect, NSZeroRect, NSCompositeSourceOver, fraction);
-}
-
-void paint(NSImage& image, double pixelRatio, const NSColor& color, const NSRect& rect) {
-    image.lockFocus(pixelRatio);
-    color.set();
-    NSRectFill(rect);
-    image.unlockFocus();
 }
 
 // A drawing of 10 by 10 points, black to the left of x = 5.
@@ -302,232 +278,4 @@ TEST_F(NSImageOfVectors, IsPaintedOverInMemoryOnly) {
     QPainter(&expected).fillRect(0, 16, 4, 4, Qt::white);
     EXPECT_EQ(image->imageForScale(2), expected);
     EXPECT_EQ(image->size(), NSMakeSize(10, 10));
-}
-
-TEST(NSImageFocus, DrawsIntoTheImageInsteadOfTheContext) {
-    const std::shared_ptr<NSImage> image = NSImage::initWithSize({4, 3});
-    const QImage outside = drawn({4, 3}, [&] {
-        paint(*image, 1, NSColor::whiteColor(), NSMakeRect(0, 0, 2, 1));
-        NSColor::blackColor().set();
-        NSRectFill(NSMakeRect(3, 2, 1, 1));
-    });
-    EXPECT_EQ(outside, plain({4, 3}, {3, 0, 1, 1}, Qt::black));
-    EXPECT_EQ(image->imageForScale(1), plain({4, 3}, {0, 2, 2, 1}, Qt::white));
-}
-
-TEST(NSImageFocus, LeavesTheContextAsItWas) {
-    drawn({4, 4}, [] {
-        const NSGraphicsContext* outer = NSGraphicsContext::currentContext();
-        NSColor::whiteColor().set();
-        const std::shared_ptr<NSImage> image = NSImage::initWithSize({4, 3});
-        image->lockFocus();
-        EXPECT_NE(NSGraphicsContext::currentContext(), outer);
-        EXPECT_EQ(NSGraphicsContext::currentContext()->fillColor(), NSColor::blackColor());
-        image->unlockFocus();
-        EXPECT_EQ(NSGraphicsContext::currentContext(), outer);
-        EXPECT_EQ(outer->fillColor(), NSColor::whiteColor());
-    });
-}
-
-TEST(NSImageFocus, HasThePixelRatioOfTheCurrentContext) {
-    for (const double ratio : {1.0, 2.0}) {
-        drawn({4, 4}, ratio, [&] {
-            const std::shared_ptr<NSImage> image = NSImage::initWithSize({4, 3});
-            image->lockFocus();
-            EXPECT_EQ(NSGraphicsContext::currentContext()->pixelRatio(), ratio);
-            image->unlockFocus();
-        });
-    }
-}
-
-TEST(NSImageFocus, HasThePixelRatioOfTheMainScreenWithoutAContext) {
-    qputenv("QT_SCALE_FACTOR", "2");
-    int count = 1;
-    std::string name = "test";
-    char* arguments[] = {name.data(), nullptr};
-    const QGuiApplication application(count, arguments);
-    const std::shared_ptr<NSImage> image = NSImage::initWithSize({4, 3});
-    image->lockFocus();
-    EXPECT_EQ(NSGraphicsContext::currentContext()->pixelRatio(), 2);
-    image->unlockFocus();
-}
-
-TEST(NSImageFocus, TakesABadPixelRatioForOne) {
-    for (const double ratio : {0.0, -2.0, std::nan(""), std::numeric_limits<double>::infinity()}) {
-        const std::shared_ptr<NSImage> image = NSImage::initWithSize({4, 3});
-        image->lockFocus(ratio);
-        EXPECT_EQ(NSGraphicsContext::currentContext()->pixelRatio(), 1);
-        image->unlockFocus();
-    }
-}
-
-TEST(NSImageFocus, BeginsAtTheTopLeftInAFlippedImage) {
-    const std::shared_ptr<NSImage> image = NSImage::initWithSize({4, 3});
-    image->setFlipped(true);
-    paint(*image, 1, NSColor::whiteColor(), NSMakeRect(0, 0, 2, 1));
-    EXPECT_EQ(image->imageForScale(1), plain({4, 3}, {0, 0, 2, 1}, Qt::white));
-}
-
-TEST(NSImageFocus, AddsToWhatTheImageShows) {
-    const std::shared_ptr<NSImage> image = NSImage::initWithSize({4, 4});
-    paint(*image, 1, NSColor::whiteColor(), NSMakeRect(0, 0, 4, 4));
-    paint(*image, 1, NSColor::blackColor(), NSMakeRect(0, 0, 1, 1));
-    EXPECT_EQ(image->imageForScale(1), plain({4, 4}, {0, 3, 1, 1}, Qt::black, Qt::white));
-}
-
-TEST(NSImageFocus, IsDrawnPixelByPixelAtItsOwnRatio) {
-    for (const double ratio : {1.0, 1.5, 2.0}) {
-        const std::shared_ptr<NSImage> image = NSImage::initWithSize({13, 9});
-        image->lockFocus(ratio);
-        NSColor::blackColor().set();
-        for (int x = 0; x < 13; x += 2) {
-            NSBezierPath::bezierPathWithOvalInRect(NSMakeRect(x, 0, 3, 9)).fill();
-        }
-        image->unlockFocus();
-        const QImage pixels = image->imageForScale(ratio);
-        const QSize canvas(60, 60);
-        const QImage result = drawn(NSMakeSize(60 / ratio, 60 / ratio), ratio, [&] {
-            image->drawAtPoint({2 / ratio, 4 / ratio}, NSZeroRect, NSCompositeSourceOver, 1);
-        });
-        QImage expected(canvas, QImage::Format_ARGB32_Premultiplied);
-        expected.fill(Qt::transparent);
-        QPainter painter(&expected);
-        painter.drawImage(QRect(QPoint(2, 60 - 4 - pixels.height()), pixels.size()), pixels);
-        painter.end();
-        EXPECT_EQ(result, expected) << ratio;
-    }
-}
-
-TEST(NSImageFocus, NestsWithThatOfAnotherImage) {
-    const std::shared_ptr<NSImage> outer = NSImage::initWithSize({4, 4});
-    const std::shared_ptr<NSImage> inner = NSImage::initWithSize({4, 4});
-    outer->lockFocus(1);
-    inner->lockFocus(1);
-    NSColor::whiteColor().set();
-    NSRectFill(NSMakeRect(0, 0, 1, 1));
-    inner->unlockFocus();
-    NSRectFill(NSMakeRect(3, 3, 1, 1));
-    outer->unlockFocus();
-    EXPECT_EQ(inner->imageForScale(1), plain({4, 4}, {0, 3, 1, 1}, Qt::white));
-    EXPECT_EQ(outer->imageForScale(1), plain({4, 4}, {3, 0, 1, 1}, Qt::black));
-}
-
-TEST(NSImageFocus, NestsInItself) {
-    const std::shared_ptr<NSImage> image = NSImage::initWithSize({4, 4});
-    image->lockFocus(2);
-    NSBezierPath::bezierPathWithRect(NSMakeRect(0, 0, 1, 1)).setClip();
-    image->lockFocus(1);
-    NSColor::whiteColor().set();
-    EXPECT_EQ(NSGraphicsContext::currentContext()->pixelRatio(), 2);
-    NSRectFill(NSMakeRect(2, 2, 1, 1));
-    image->unlockFocus();
-    NSRectFill(NSMakeRect(0, 0, 4, 4));
-    image->unlockFocus();
-    QImage expected = plain({8, 8}, {4, 2, 2, 2}, Qt::white);
-    QPainter(&expected).fillRect(0, 6, 2, 2, Qt::black);
-    EXPECT_EQ(image->imageForScale(2), expected);
-    EXPECT_EQ(NSGraphicsContext::currentContext(), nullptr);
-}
-
-TEST(NSImageFocus, EndsInAnyOrder) {
-    const std::shared_ptr<NSImage> first = NSImage::initWithSize({2, 2});
-    const std::shared_ptr<NSImage> second = NSImage::initWithSize({2, 2});
-    first->lockFocus(1);
-    second->lockFocus(1);
-    first->unlockFocus();
-    NSRectFill(NSMakeRect(0, 0, 1, 1));
-    second->unlockFocus();
-    EXPECT_EQ(NSGraphicsContext::currentContext(), nullptr);
-    EXPECT_TRUE(inkOf(first->imageForScale(1)).isEmpty());
-    EXPECT_EQ(inkOf(second->imageForScale(1)), QRect(0, 1, 1, 1));
-}
-
-TEST(NSImageFocus, LogsAnUnlockTooManyAndIgnoresIt) {
-    const std::shared_ptr<NSImage> image = NSImage::initWithSize({2, 2});
-    testing::internal::CaptureStderr();
-    image->unlockFocus();
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("unlocked"));
-    paint(*image, 1, NSColor::whiteColor(), NSMakeRect(0, 0, 1, 1));
-    EXPECT_EQ(inkOf(image->imageForScale(1)), QRect(0, 1, 1, 1));
-}
-
-TEST(NSImageFocus, EndsWithTheImage) {
-    std::shared_ptr<NSImage> image = NSImage::initWithSize({2, 2});
-    image->lockFocus(1);
-    image->lockFocus(1);
-    NSGraphicsContext::saveGraphicsState();
-    image.reset();
-    EXPECT_EQ(NSGraphicsContext::currentContext(), nullptr);
-}
-
-TEST(NSImageFocus, LosesWhatIsDrawnIntoAnImageWithoutASize) {
-    const std::shared_ptr<NSImage> image = NSImage::initWithSize(NSMakeSize(10, 0));
-    testing::internal::CaptureStderr();
-    const QImage outside = drawn({4, 4}, [&] { paint(*image, 1, NSColor::whiteColor(), NSMakeRect(0, 0, 4, 4)); });
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("is lost"));
-    EXPECT_TRUE(inkOf(outside).isEmpty());
-    EXPECT_FALSE(image->isValid());
-}
-
-TEST(NSImageFocus, ShowsThePictureBeforeUntilItEnds) {
-    const std::shared_ptr<NSImage> image = redCorner();
-    image->lockFocus(1);
-    NSColor::blackColor().set();
-    NSRectFill(NSMakeRect(0, 0, 4, 4));
-    EXPECT_EQ(image->imageForScale(1).pixelColor(0, 3), QColor(Qt::red));
-    image->unlockFocus();
-    EXPECT_EQ(image->imageForScale(1).pixelColor(0, 3), QColor(Qt::black));
-}
-
-TEST(NSImageSize, BeginsTransparentInTheSizeAskedFor) {
-    const std::shared_ptr<NSImage> image = NSImage::initWithSize({4.5, 3});
-    EXPECT_TRUE(image->isValid());
-    EXPECT_EQ(image->size(), NSMakeSize(4.5, 3));
-    EXPECT_EQ(image->imageForScale(2).size(), QSize(9, 6));
-    EXPECT_TRUE(inkOf(image->imageForScale(2)).isEmpty());
-}
-
-TEST(NSImageSize, StretchesThePictureWhenItScales) {
-    const std::shared_ptr<NSImage> image = redCorner();
-    image->setScalesWhenResized(true);
-    image->setSize({8, 4});
-    EXPECT_TRUE(image->scalesWhenResized());
-    EXPECT_EQ(image->size(), NSMakeSize(8, 4));
-    const QImage pixels = image->imageForScale(1);
-    EXPECT_EQ(pixels.size(), QSize(8, 4));
-    EXPECT_EQ(pixels.pixelColor(0, 3), QColor(Qt::red));
-    EXPECT_EQ(pixels.pixelColor(7, 3), QColor(Qt::white));
-    EXPECT_EQ(inkOf(pixels), QRect(0, 0, 8, 4));
-}
-
-TEST(NSImageSize, KeepsThePictureAtTheBottomLeftWhenItDoesNotScale) {
-    const std::shared_ptr<NSImage> image = redCorner();
-    image->setSize({6, 5});
-    QImage larger = plain({6, 5}, {0, 1, 4, 4}, Qt::white);
-    QPainter(&larger).fillRect(0, 3, 2, 2, Qt::red);
-    EXPECT_EQ(image->imageForScale(1), larger);
-    image->setSize({3, 1});
-    EXPECT_EQ(image->imageForScale(1), plain({3, 1}, {0, 0, 2, 1}, Qt::red, Qt::white));
-    image->setScalesWhenResized(true);
-    EXPECT_EQ(inkOf(image->imageForScale(1)), QRect(0, 0, 3, 1));
-}
-
-TEST(NSImageSize, IsThatOfWhatIsPaintedAfterwards) {
-    const std::shared_ptr<NSImage> image = redCorner();
-    image->setSize({6, 5});
-    paint(*image, 1, NSColor::blackColor(), NSMakeRect(5, 4, 1, 1));
-    EXPECT_EQ(image->size(), NSMakeSize(6, 5));
-    EXPECT_EQ(image->imageForScale(1).pixelColor(5, 0), QColor(Qt::black));
-    EXPECT_EQ(image->imageForScale(1).pixelColor(0, 4), QColor(Qt::red));
-}
-
-TEST(NSImageSize, RefusesASizeThatIsNone) {
-    const std::shared_ptr<NSImage> image = redCorner();
-    testing::internal::CaptureStderr();
-    for (const NSSize& size : {NSMakeSize(0, 4), NSMakeSize(4, -1), NSMakeSize(std::nan(""), 4)}) {
-        image->setSize(size);
-        EXPECT_EQ(image->size(), NSMakeSize(4, 4));
-    }
-    const std::string log = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 3);
 }

@@ -15,6 +15,8 @@
 
 #include <QPointer>
 
+#include <ostream>
+
 #include <gmock/gmock.h>
 
 using testing::ElementsAre;
@@ -69,6 +71,10 @@ struct Way {
     NSPoint newStart;
     NSPoint oldEnd;
 };
+
+void PrintTo(const Way& way, std::ostream* out) {
+    *out << "direction " << way.direction;
+}
 
 class Ways : public LTSwitchableViewTest, public testing::WithParamInterface<Way> {};
 

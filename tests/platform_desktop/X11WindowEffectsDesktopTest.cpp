@@ -1,97 +1,24 @@
 // SPDX-License-Identifier: MIT
-// What the workspace and the window effects do on a real X server, beside another program. Runs in a session without a
-// compositing manager; the tests that need one start it themselves, so that they can end it. And without a tray, whose
-// window would come in the midst of a test and change who is active.
-#include <VXKit/platform/desktop/NSWorkspace.h>
+// What the window effects do on a real X server, beside another program. The tests that need a compositing manager
+// start it themselves, so that they can end it.
+#include "X11DesktopTestSupport.h"
+
 #include <VXKit/platform/desktop/WindowEffects.h>
 #include <VXKit/platform/desktop/X11Geometry.h>
-#include <VXKit/platform/foundation/NSProcessInfo.h>
 
-#include <QApplication>
 #include <QBackingStore>
-#include <QFile>
-#include <QFileInfo>
 #include <QPainter>
-#include <QProcess>
 #include <QScreen>
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QWindow>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdlib>
-#include <functional>
 #include <iterator>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <unistd.h>
-#include <xcb/xcb.h>
 
 namespace {
 
-constexpr int patience = 20000; ///< milliseconds
 constexpr std::uint32_t allDesktops = 0xffffffff;
-
-/// The application object, one for all tests of the process.
-class Application : public testing::Environment {
-public:
-    void SetUp() override { m_application.emplace(m_argc, m_argv); }
-    void TearDown() override { m_application.reset(); }
-
-private:
-    int m_argc = 1;
-    std::array<char, 8> m_name{"desktop"};
-    std::array<char*, 2> m_arguments{m_name.data(), nullptr};
-    char** m_argv = m_arguments.data();
-    std::optional<QApplication> m_application;
-};
-[[maybe_unused]] const testing::Environment* const theApplication =
-    testing::AddGlobalTestEnvironment(std::make_unique<Application>().release());
-
-bool waitFor(const std::function<bool()>& condition) {
-    return QTest::qWaitFor(condition, patience);
-}
-
-struct ReplyDeleter {
-    void operator()(void* memory) const { std::free(memory); }
-};
-template <class T>
-using Reply = std::unique_ptr<T, ReplyDeleter>;
-
-xcb_connection_t* x() {
-    return qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
-}
-
-xcb_window_t root() {
-    return xcb_setup_roots_iterator(xcb_get_setup(x())).data->root;
-}
-
-xcb_atom_t atom(const std::string& name) {
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        x(), xcb_intern_atom(x(), 0, static_cast<std::uint16_t>(name.size()), name.c_str()), nullptr));
-    return reply->atom;
-}
-
-std::optional<std::vector<std::uint32_t>> property(xcb_window_t window, const std::string& name) {
-    const Reply<xcb_get_property_reply_t> reply(
-        xcb_get_property_reply(x(), xcb_get_property(x(), 0, window, atom(name), XCB_ATOM_ANY, 0, 1000), nullptr));
-    if (!reply || reply->type == XCB_ATOM_NONE) {
-        return std::nullopt;
-    }
-    const auto* words = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
-    return std::vector<std::uint32_t>(words, words + reply->value_len);
-}
-
-xcb_window_t nativeOf(const QWidget& widget) {
-    return static_cast<xcb_window_t>(widget.internalWinId());
-}
 
 /// The children of the root window, from the bottom up.
 std::vector<xcb_window_t> stack() {
@@ -164,61 +91,6 @@ void click(int pointX, int pointY, int button = 1) {
              QStringLiteral("click"), QString::number(button)});
 }
 
-std::string nameOf(const std::optional<NSDictionary>& application) {
-    const auto* name = application ? application->objectOfType<std::string>(NSApplicationNameKey) : nullptr;
-    return name ? *name : std::string();
-}
-
-/// The entry of a process among the launched applications.
-std::optional<NSDictionary> launched(std::uint32_t process) {
-    for (const NSDictionary& application : NSWorkspace::sharedWorkspace().launchedApplications()) {
-        if (application.objectForKey(NSApplicationProcessSerialNumberLowKey)->integerValue() == process) {
-            return application;
-        }
-    }
-    return std::nullopt;
-}
-
-/// Another program with a window at the given place.
-class Client {
-public:
-    explicit Client(const QRect& frame, const QString& program = QStringLiteral(X11_CLIENT)) {
-        m_process.start(program, {QString::number(frame.x()), QString::number(frame.y()),
-                                  QString::number(frame.width()), QString::number(frame.height())});
-        // The window manager writes its lists of windows after it gave a new one the keyboard.
-        EXPECT_TRUE(waitFor([&] { return isActive() && launched(process()) && isStacked(); }));
-    }
-    ~Client() {
-        m_process.closeWriteChannel();
-        if (!waitFor([&] { return m_process.state() == QProcess::NotRunning; })) {
-            m_process.kill();
-        }
-    }
-
-    [[nodiscard]] std::uint32_t process() const { return static_cast<std::uint32_t>(m_process.processId()); }
-
-    [[nodiscard]] bool isActive() const {
-        const auto active = NSWorkspace::sharedWorkspace().activeApplication();
-        const NSPropertyList* low = active ? active->objectForKey(NSApplicationProcessSerialNumberLowKey) : nullptr;
-        return low && low->integerValue() == m_process.processId();
-    }
-
-    [[nodiscard]] static bool isStacked() {
-        const auto inOrderOfAge = property(root(), "_NET_CLIENT_LIST");
-        const auto inOrderOfStack = property(root(), "_NET_CLIENT_LIST_STACKING");
-        return inOrderOfAge && inOrderOfStack && inOrderOfAge->size() == inOrderOfStack->size();
-    }
-
-    bool hasTold(const QByteArray& line) {
-        m_told += m_process.readAllStandardOutput();
-        return m_told.contains(line + '\n');
-    }
-
-private:
-    QProcess m_process;
-    QByteArray m_told;
-};
-
 /// A compositing manager of the test's own.
 class CompositingManager {
 public:
@@ -241,123 +113,9 @@ private:
     QProcess m_process;
 };
 
-constexpr Qt::WindowFlags bypassing = Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint;
 constexpr WindowShadow usualShadow{.standardDeviation = 24, .density = 0.75, .offsetX = 0, .offsetY = 25};
 
-void show(QWidget& window, const QRect& frame, Qt::WindowFlags flags) {
-    window.setWindowFlags(flags);
-    window.setGeometry(frame);
-    window.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-}
-
-/// How many processes of the other program have a window.
-std::ptrdiff_t numberOfClients() {
-    const std::vector<NSDictionary> applications = NSWorkspace::sharedWorkspace().launchedApplications();
-    return std::count_if(applications.begin(), applications.end(), [](const NSDictionary& application) {
-        const auto* path = application.objectOfType<std::string>(NSApplicationPathKey);
-        return path && *path == X11_CLIENT;
-    });
-}
-
 } // namespace
-
-TEST(X11Workspace, TellsTheActiveApplicationAndTheOthers) {
-    const NSWorkspace& workspace = NSWorkspace::sharedWorkspace();
-    ASSERT_TRUE(workspace.knowsApplications());
-    const Client first(QRect(100, 100, 100, 80));
-    const Client second(QRect(250, 100, 100, 80));
-    const auto active = workspace.activeApplication();
-    ASSERT_TRUE(active);
-    EXPECT_EQ(*active->objectOfType<std::string>(NSApplicationPathKey), X11_CLIENT);
-    EXPECT_EQ(nameOf(active), QFileInfo(QStringLiteral(X11_CLIENT)).fileName().toStdString());
-    EXPECT_EQ(active->objectForKey(NSApplicationProcessSerialNumberHighKey)->integerValue(), 0);
-    EXPECT_EQ(active->objectForKey(NSApplicationProcessSerialNumberLowKey)->integerValue(), second.process());
-
-    std::vector<std::int64_t> processes;
-    for (const NSDictionary& application : workspace.launchedApplications()) {
-        processes.push_back(application.objectForKey(NSApplicationProcessSerialNumberLowKey)->integerValue());
-    }
-    const auto firstPlace = std::find(processes.begin(), processes.end(), first.process());
-    const auto secondPlace = std::find(processes.begin(), processes.end(), second.process());
-    ASSERT_NE(secondPlace, processes.end());
-    EXPECT_LT(firstPlace, secondPlace);
-}
-
-TEST(X11Workspace, BringsAProcessToTheFront) {
-    const Client first(QRect(100, 100, 100, 80));
-    const Client second(QRect(250, 100, 100, 80));
-    ASSERT_TRUE(second.isActive());
-    SetFrontProcess({0, first.process()});
-    EXPECT_TRUE(waitFor([&] { return first.isActive(); }));
-    SetFrontProcess({0, second.process()});
-    EXPECT_TRUE(waitFor([&] { return second.isActive(); }));
-}
-
-TEST(X11Workspace, BringsTheRunningProgramForwardInsteadOfStartingIt) {
-    const Client client(QRect(100, 100, 100, 80));
-    QWidget own;
-    show(own, QRect(300, 300, 100, 80), Qt::Window);
-    WindowEffects::sharedEffects().takeKeyboard(own);
-    ASSERT_TRUE(waitFor([&] { return own.isActiveWindow() && !client.isActive(); }));
-    EXPECT_TRUE(NSWorkspace::sharedWorkspace().launchApplication(QStringLiteral(X11_CLIENT)));
-    EXPECT_TRUE(waitFor([&] { return client.isActive(); }));
-    EXPECT_EQ(numberOfClients(), 1);
-    EXPECT_FALSE(NSWorkspace::sharedWorkspace().launchApplication(QString()));
-    EXPECT_FALSE(NSWorkspace::sharedWorkspace().launchApplication(QStringLiteral("/nowhere/program")));
-}
-
-TEST(X11Workspace, IsItselfActiveInAWindowThatBypassesTheWindowManager) {
-    const Client client(QRect(100, 100, 100, 80));
-    ASSERT_TRUE(client.isActive());
-    QWidget own;
-    show(own, QRect(300, 300, 100, 80), bypassing);
-    WindowEffects::sharedEffects().takeKeyboard(own);
-    const std::string ownName = NSProcessInfo::processInfo().processName().toStdString();
-    EXPECT_TRUE(waitFor([&] { return nameOf(NSWorkspace::sharedWorkspace().activeApplication()) == ownName; }));
-    SetFrontProcess({0, client.process()});
-    EXPECT_TRUE(waitFor([&] { return client.isActive(); }));
-}
-
-TEST(X11Workspace, DoesNotTakeAProcessOfAnotherMachineForOneOfThisOne) {
-    QWidget own;
-    show(own, QRect(300, 300, 100, 80), Qt::Window);
-    const auto ownProcess = static_cast<std::uint32_t>(getpid());
-    ASSERT_TRUE(waitFor([&] { return launched(ownProcess).has_value(); }));
-    const std::string elsewhere = "elsewhere.example.org";
-    xcb_change_property(x(), XCB_PROP_MODE_REPLACE, nativeOf(own), XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, 8,
-                        static_cast<std::uint32_t>(elsewhere.size()), elsewhere.c_str());
-    EXPECT_FALSE(launched(ownProcess));
-    xcb_delete_property(x(), nativeOf(own), XCB_ATOM_WM_CLIENT_MACHINE);
-    EXPECT_TRUE(launched(ownProcess));
-}
-
-TEST(X11Workspace, LeavesOutAProcessThatIsGone) {
-    QProcess gone;
-    gone.start(QStringLiteral("true"), QStringList());
-    ASSERT_TRUE(gone.waitForStarted());
-    const auto process = static_cast<std::uint32_t>(gone.processId());
-    ASSERT_TRUE(gone.waitForFinished());
-    QWidget own;
-    show(own, QRect(300, 300, 100, 80), Qt::Window);
-    ASSERT_TRUE(waitFor([&] { return launched(static_cast<std::uint32_t>(getpid())).has_value(); }));
-    xcb_change_property(x(), XCB_PROP_MODE_REPLACE, nativeOf(own), atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1,
-                        &process);
-    EXPECT_FALSE(launched(process));
-    EXPECT_FALSE(launched(static_cast<std::uint32_t>(getpid())));
-}
-
-TEST(X11Workspace, TellsThePathOfAProgramWhoseFileIsGone) {
-    const QTemporaryDir folder;
-    const QString program = folder.filePath(QStringLiteral("program"));
-    ASSERT_TRUE(QFile::copy(QStringLiteral(X11_CLIENT), program));
-    const Client client(QRect(100, 100, 100, 80), program);
-    ASSERT_TRUE(QFile::remove(program));
-    const auto application = launched(client.process());
-    ASSERT_TRUE(application);
-    EXPECT_EQ(*application->objectOfType<std::string>(NSApplicationPathKey), program.toStdString());
-    EXPECT_EQ(nameOf(application), "program");
-}
 
 TEST(X11WindowEffects, TellsWhatTheDesktopOffers) {
     using Effect = WindowEffects::Effect;
