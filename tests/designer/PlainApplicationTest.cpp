@@ -36,8 +36,8 @@ protected:
         }
         m_otherProgram.start(QStringLiteral(X11_CLIENT), {QStringLiteral("400"), QStringLiteral("300"),
                                                           QStringLiteral("100"), QStringLiteral("80")});
-        EXPECT_TRUE(QTest::qWaitFor([] { return QGuiApplication::applicationState() != Qt::ApplicationActive; },
-                                    longestWait));
+        EXPECT_TRUE(
+            QTest::qWaitFor([] { return QGuiApplication::applicationState() != Qt::ApplicationActive; }, longestWait));
         return true;
     }
 

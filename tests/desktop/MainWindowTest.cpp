@@ -2,9 +2,8 @@
 // The example host on a real X server, used as a person would: its symbol clicked, its window looked at, the keyboard
 // followed. The test itself is the other program on the desktop. Runs in a desktop session without a tray, and starts
 // the trays and panels that it needs.
+#include "../examples/SnippetsHome.h"
 #include "Desktop.h"
-
-#include <VXKit/platform/foundation/NSPropertyList.h>
 
 #include <QApplication>
 #include <QClipboard>
@@ -185,9 +184,7 @@ protected:
     }
 
     void startHostWithoutLooking(const QProcessEnvironment& more = {}) {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("HOME"), home.path());
-        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
+        QProcessEnvironment environment = home.environment();
         environment.insert(more);
         host.setProcessEnvironment(environment);
         host.setProcessChannelMode(QProcess::ForwardedChannels);
@@ -271,14 +268,11 @@ protected:
                                       << middle;
     }
 
-    /// Ends the host, which saves then, and counts the snippets in its file.
-    [[nodiscard]] std::size_t savedSnippets() {
+    /// Ends the host, which saves then, and tells the titles in its file.
+    [[nodiscard]] std::optional<std::vector<std::string>> savedTitles() {
         host.terminate();
         host.waitForFinished(waitingTime);
-        const auto content = NSDictionary::dictionaryWithContentsOfFile(
-            home.filePath(QStringLiteral("Library/Preferences/Snippets.plist")));
-        const NSArray* records = content ? content->objectOfType<NSArray>("contents") : nullptr;
-        return records ? records->size() : std::size_t(-1);
+        return home.savedTitles();
     }
 
     int argc = 1;
@@ -287,7 +281,7 @@ protected:
     QApplication application{argc, argv};
     QWidget other;
     QLineEdit otherField;
-    QTemporaryDir home;
+    SnippetsHome home;
     QProcess host;
     int scale = 1;
 };
@@ -366,7 +360,7 @@ TEST_F(MainWindowOnDesktop, TakesTheFirstClickForActivationAloneWhereItStaysOpen
     keepPicture("asks");
     pressKey("Return");
     ASSERT_TRUE(waitFor([&] { return !sheet(); }));
-    EXPECT_EQ(savedSnippets(), 0U);
+    EXPECT_EQ(savedTitles(), std::vector<std::string>());
 }
 
 TEST_F(MainWindowOnDesktop, ComesBackWhenTheTrayIsStartedAnew) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The example host called by a key that the desktop has bound to `snippets --toggle`, and started again, on a real X
 // server. The test itself is the desktop's keys, and the other program that has the keyboard meanwhile.
+#include "../examples/SnippetsHome.h"
 #include "Desktop.h"
 
 #include <QApplication>
@@ -11,7 +12,6 @@
 #include <QPalette>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QVBoxLayout>
 
@@ -79,11 +79,8 @@ protected:
     }
 
     [[nodiscard]] std::unique_ptr<QProcess> start(const QStringList& arguments) const {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("HOME"), home.path());
-        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
         auto process = std::make_unique<QProcess>();
-        process->setProcessEnvironment(environment);
+        process->setProcessEnvironment(home.environment());
         process->setProcessChannelMode(QProcess::ForwardedChannels);
         process->start(QStringLiteral(SNIPPETS_PROGRAM), arguments);
         EXPECT_TRUE(process->waitForStarted(waitingTime));
@@ -152,7 +149,7 @@ protected:
     QApplication application{argc, argv};
     QWidget other;
     QLineEdit otherField;
-    QTemporaryDir home;
+    SnippetsHome home;
     std::unique_ptr<QProcess> host;
 };
 
@@ -211,7 +208,7 @@ TEST_F(SnippetsByKey, FilesOfAFurtherStartAreThereInTheWindow) {
     ASSERT_TRUE(isShown());
     // The first of the list is what Return copies.
     ASSERT_TRUE(hasKeyboard());
-    QFile saved(home.filePath(QStringLiteral("Library/Preferences/Snippets.plist")));
+    QFile saved(home.databasePath());
     EXPECT_TRUE(waitFor([&] {
         const bool isThere = saved.open(QIODevice::ReadOnly) && saved.readAll().contains("Bread and butter.");
         saved.close();

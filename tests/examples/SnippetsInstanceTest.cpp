@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What further starts of the program do, in processes of their own on one session bus.
 #include "../SessionBus.h"
-
-#include <VXKit/platform/foundation/NSPropertyList.h>
+#include "SnippetsHome.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -36,15 +35,8 @@ protected:
     }
 
     std::unique_ptr<QProcess> start(const QStringList& arguments) const {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("HOME"), home.path());
-        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
-        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        environment.remove(QStringLiteral("DISPLAY"));
-        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
         auto process = std::make_unique<QProcess>();
-        process->setProcessEnvironment(environment);
+        process->setProcessEnvironment(home.environmentWithoutDisplay());
         process->setWorkingDirectory(folder.path());
         process->start(QStringLiteral(SNIPPETS_PROGRAM), arguments);
         EXPECT_TRUE(process->waitForStarted(longestWait));
@@ -95,23 +87,14 @@ protected:
     }
 
     [[nodiscard]] std::vector<std::string> savedTitles() const {
-        std::vector<std::string> titles;
-        const QString path = home.filePath(QStringLiteral("Library/Preferences/Snippets.plist"));
-        if (const auto content = NSDictionary::dictionaryWithContentsOfFile(path)) {
-            const NSArray* records = content->objectOfType<NSArray>("contents");
-            for (const NSPropertyList& record : records ? *records : NSArray()) {
-                const auto* title = record.as<NSDictionary>()->objectOfType<std::string>("title");
-                titles.push_back(title ? *title : std::string());
-            }
-        }
-        return titles;
+        return home.savedTitles().value_or(std::vector<std::string>());
     }
 
     int argc = 1;
     char testName[5] = "test";
     char* argv[2] = {testName, nullptr};
     QCoreApplication application{argc, argv};
-    QTemporaryDir home;
+    SnippetsHome home;
     QTemporaryDir folder;
     std::unique_ptr<SessionBus> bus;
     std::unique_ptr<QDBusConnection> connection;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The program itself, in a process of its own.
-#include <VXKit/platform/foundation/NSPropertyList.h>
+#include "SnippetsHome.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -25,15 +25,8 @@ protected:
         return file.fileName();
     }
 
-    /// Starts the program with a home folder that all programs of one test share.
     std::unique_ptr<QProcess> start(const QStringList& arguments, const char* platform = "offscreen") const {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("HOME"), home.path());
-        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
-        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QString::fromLatin1(platform));
-        environment.remove(QStringLiteral("DISPLAY"));
-        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        QProcessEnvironment environment = home.environmentWithoutDisplay(platform);
         // Nobody is reached by way of the person's session bus.
         environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral("unix:path=/nonexistent/bus"));
         auto process = std::make_unique<QProcess>();
@@ -44,21 +37,7 @@ protected:
         return process;
     }
 
-    /// The titles in the program's file; empty where there is none.
-    std::vector<std::string> savedTitles() const {
-        std::vector<std::string> titles;
-        const QString path = home.filePath(QStringLiteral("Library/Preferences/Snippets.plist"));
-        if (!QFile::exists(path)) {
-            return titles;
-        }
-        const std::optional<NSDictionary> content = NSDictionary::dictionaryWithContentsOfFile(path);
-        const NSArray* records = content ? content->objectOfType<NSArray>("contents") : nullptr;
-        for (const NSPropertyList& record : records ? *records : NSArray()) {
-            const auto* title = record.as<NSDictionary>()->objectOfType<std::string>("title");
-            titles.push_back(title ? *title : std::string());
-        }
-        return titles;
-    }
+    std::vector<std::string> savedTitles() const { return home.savedTitles().value_or(std::vector<std::string>()); }
 
     bool waitForSavedTitles() const {
         return QTest::qWaitFor([&] { return !savedTitles().empty(); }, hostWaitingTime);
@@ -72,7 +51,7 @@ protected:
     char testName[5] = "test";
     char* argv[2] = {testName, nullptr};
     QCoreApplication application{argc, argv};
-    QTemporaryDir home;
+    SnippetsHome home;
     QTemporaryDir folder;
 };
 
@@ -89,7 +68,7 @@ TEST_F(SnippetsProgram, ImportsFilesTellsRefusalsAndEndsInOrderWhenAsked) {
     const QByteArray refusal =
         "snippets: " + folder.filePath(QStringLiteral("bad.bin")).toUtf8() + ": is not text: NUL byte at offset 0\n";
     EXPECT_THAT(program->readAllStandardError().toStdString(), testing::HasSubstr(refusal.toStdString()));
-    EXPECT_FALSE(QFile::exists(home.filePath(QStringLiteral("Library/Preferences/Snippets.plist.lock"))));
+    EXPECT_FALSE(QFile::exists(home.databasePath() + QStringLiteral(".lock")));
 }
 
 TEST_F(SnippetsProgram, ShowsTheSnippetsOfTheLaunchBefore) {
@@ -132,7 +111,7 @@ TEST_F(SnippetsProgram, TourTakesItsPicturesAndTellsTheFile) {
         EXPECT_FALSE(QImage(path).isNull()) << picture;
         expected += path.toUtf8() + '\n';
     }
-    expected += home.filePath(QStringLiteral("Library/Preferences/Snippets.plist")).toUtf8() + ": 2 records\n";
+    expected += home.databasePath().toUtf8() + ": 2 records\n";
     EXPECT_EQ(program->readAllStandardOutput().toStdString(), expected.toStdString());
     EXPECT_THAT(savedTitles(), testing::ElementsAre("one.txt", "two.txt"));
 }
