@@ -91,7 +91,7 @@ windows, are a browser. Without it they show text and pictures only."
   DEPENDS ${needsRuntime})
 vxkit_package(COMPONENT designer NAME vxkit-designer SECTION devel
   SUMMARY "user-interface and services kit, plugin for Qt Designer"
-  DESCRIPTION "With this plugin Qt Designer shows the windows and controls of VXKit as they are,\n\
+  DESCRIPTION "With this plugin Qt Designer shows the views and controls of VXKit as they are,\n\
 for the forms of programs that use it."
   DEPENDS ${needsRuntime}
   RECOMMENDS designer-qt6)

@@ -30,11 +30,16 @@ constexpr double inactiveFade = 0.25;
 
 constexpr float quarterCircle = 0.5522848F; // of the radius, from the end of a quarter circle to its control point
 
-/// Where the status item is on the screen; nothing where the host has none.
-std::optional<NSRect> statusItemFrame() {
+/// The host's status item's view; null where it has none.
+const LTStatusItemView* statusItemView() {
     const LTApplicationController* controller = VXApplicationHooks().applicationController();
     const NSStatusItem* item = controller ? controller->statusItem() : nullptr;
-    const auto* view = item ? dynamic_cast<const LTStatusItemView*>(item->view()) : nullptr;
+    return item ? dynamic_cast<const LTStatusItemView*>(item->view()) : nullptr;
+}
+
+/// Where the status item is on the screen; nothing where the host has none.
+std::optional<NSRect> statusItemFrame() {
+    const LTStatusItemView* view = statusItemView();
     return view ? std::optional(view->frameOfStatusItem()) : std::nullopt;
 }
 
@@ -108,6 +113,14 @@ LTWindow::LTWindow(const NSRect& contentRect, unsigned /*styleMask*/, NSBackingS
     };
     observe(NSWindowDidResizeNotification, this);
     observe(NSWindowDidMoveNotification, this);
+    // A tray takes the item in when it likes, and a panel moves it when others come and go.
+    m_observations.push_back(
+        centre.addObserverForName(NSWindowDidMoveNotification, nullptr, [this](const NSNotification& notification) {
+            const LTStatusItemView* view = statusItemView();
+            if (view && isVisible() && notification.object == NSNotificationSender(view->window())) {
+                setFrame(constrainFrameRect(frame()), true);
+            }
+        }));
     if (!VXApplicationHooks().shouldCloseMainWindowOnDeactivate()) {
         observe(NSApplicationDidResignActiveNotification, nullptr);
         observe(NSApplicationDidBecomeActiveNotification, nullptr);

@@ -16,9 +16,10 @@
 ///     │                        │
 ///     ╰────────────────────────╯
 ///
-/// Its place is computed whenever it is asked for, from the status item's; only its size is its own. A window that the
-/// host keeps open while the application is inactive dims then (`shouldCloseMainWindowOnDeactivate`, asked when the
-/// window is made). The first click in it while the application is inactive activates it and does nothing else.
+/// Its place is computed whenever it is asked for, from the status item's; only its size is its own. While it is shown
+/// it follows its item, which a tray or a panel may put somewhere else at any time. A window that the host keeps open
+/// while the application is inactive dims then (`shouldCloseMainWindowOnDeactivate`, asked when the window is made).
+/// The first click in it while the application is inactive activates it and does nothing else.
 ///
 /// The host's controller owns it, and shows and hides it.
 class VXKIT_EXPORT LTWindow : public NSWindow {

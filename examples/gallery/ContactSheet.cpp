@@ -14,14 +14,14 @@ namespace {
 
 // Points.
 constexpr double sheetWidth = 1120;
-constexpr double margin = 24;
+constexpr double sheetMargin = 24;
 constexpr double gap = 16;
 constexpr double captionHeight = 18;
 constexpr double titleHeight = 34;
 constexpr double largestWidth = 256;
 constexpr double largestHeight = 220;
-constexpr double captionSize = 10;
-constexpr double titleSize = 15;
+constexpr double sheetCaptionSize = 10;
+constexpr double sheetTitleSize = 15;
 
 constexpr QRgb sheetColor = 0xfff4f4f2;
 constexpr QRgb captionColor = 0xff3c4046;
@@ -53,9 +53,9 @@ void ContactSheet::add(const QString& caption, const QImage& picture) {
 
 /// A row ends where the next picture, or its caption, would leave the sheet.
 std::vector<ContactSheet::Row> ContactSheet::rows() const {
-    const QFontMetricsF metrics(NSFont::systemFontOfSize(captionSize).qtFont());
+    const QFontMetricsF metrics(NSFont::systemFontOfSize(sheetCaptionSize).qtFont());
     std::vector<Row> rows;
-    double y = margin;
+    double y = sheetMargin;
     const auto beginLine = [&](const QString& title) {
         y += title.isNull() ? 0 : titleHeight;
         rows.push_back({title, {}, y, 0});
@@ -68,13 +68,13 @@ std::vector<ContactSheet::Row> ContactSheet::rows() const {
                 continue;
             }
             beginLine(std::exchange(title, QString()));
-            double x = margin;
+            double x = sheetMargin;
             for (const Entry& entry : row) {
                 const double width = std::max(entry.size.width(), metrics.horizontalAdvance(entry.caption));
-                if (x > margin && x + width > sheetWidth - margin) {
+                if (x > sheetMargin && x + width > sheetWidth - sheetMargin) {
                     endLine();
                     beginLine({});
-                    x = margin;
+                    x = sheetMargin;
                 }
                 rows.back().entries.push_back(&entry);
                 rows.back().height = std::max(rows.back().height, std::ceil(entry.size.height()));
@@ -94,7 +94,8 @@ QImage ContactSheet::picture() const {
             ratio = std::max(ratio, entry->picture.devicePixelRatio());
         }
     }
-    const double height = all.empty() ? 2 * margin : all.back().y + all.back().height + captionHeight + margin;
+    const double height =
+        all.empty() ? 2 * sheetMargin : all.back().y + all.back().height + captionHeight + sheetMargin;
     QImage sheet((QSizeF(sheetWidth, height) * ratio).toSize(), QImage::Format_RGB32);
     sheet.setDevicePixelRatio(ratio);
     sheet.fill(QColor::fromRgb(sheetColor));
@@ -102,13 +103,14 @@ QImage ContactSheet::picture() const {
     QPainter painter(&sheet);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.setPen(QColor::fromRgb(captionColor));
-    const QFont captionFont = NSFont::systemFontOfSize(captionSize).qtFont();
+    const QFont captionFont = NSFont::systemFontOfSize(sheetCaptionSize).qtFont();
     const QFontMetricsF metrics(captionFont);
     for (const Row& row : all) {
-        painter.setFont(NSFont::boldSystemFontOfSize(titleSize).qtFont());
-        painter.drawText(QRectF(margin, row.y - titleHeight, sheetWidth, titleHeight), Qt::AlignVCenter, row.title);
+        painter.setFont(NSFont::boldSystemFontOfSize(sheetTitleSize).qtFont());
+        painter.drawText(QRectF(sheetMargin, row.y - titleHeight, sheetWidth, titleHeight), Qt::AlignVCenter,
+                         row.title);
         painter.setFont(captionFont);
-        double x = margin;
+        double x = sheetMargin;
         for (const Entry* entry : row.entries) {
             // Shrunk here, because the painter alone looks at few of the pixels that become one.
             const QSize pixels = (entry->size * ratio).toSize();

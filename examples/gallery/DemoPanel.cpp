@@ -8,8 +8,7 @@
 namespace {
 
 // Points.
-constexpr double titleBarHeight = 19;
-constexpr double margin = 20;
+constexpr double contentMargin = 20;
 constexpr double laneHeight = 36;
 constexpr NSSize buttonSize{96, 28};
 constexpr double buttonBottom = 4;
@@ -22,14 +21,14 @@ std::unique_ptr<LTHUDWindow> makeDemoPanel(const NSSize& size, const QString& ti
     panel->setWindowTitle(title);
     ViewCore& content = *ViewCore::of(panel->contentView());
 
-    auto* const field = new NSTextField(
-        NSMakeRect(margin, laneHeight, size.width - 2 * margin, size.height - titleBarHeight - laneHeight - margin));
+    auto* const field = new NSTextField(NSMakeRect(contentMargin, laneHeight, size.width - 2 * contentMargin,
+                                                   size.height - hudTitleBarHeight - laneHeight - contentMargin));
     makeWhite(*field, text, NSFont::systemFontOfSize(NSFont::systemFontSize()));
     field->setAutoresizingMask(NSViewWidthSizable | NSViewHeightSizable);
     content.addSubview(field);
 
     auto* const close = new LTHUDButton(
-        NSMakeRect(size.width - buttonSize.width - margin, buttonBottom, buttonSize.width, buttonSize.height));
+        NSMakeRect(size.width - buttonSize.width - contentMargin, buttonBottom, buttonSize.width, buttonSize.height));
     close->setTitle(QStringLiteral("&Close"));
     close->cell().setKeyEquivalent(QStringLiteral("\x1b"));
     close->setAutoresizingMask(NSViewMinXMargin | NSViewMaxYMargin);

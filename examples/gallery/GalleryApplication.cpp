@@ -59,18 +59,16 @@ void GalleryApplication::makeMainWindow() {
                                               NSBackingStoreBuffered, false);
     m_mainWindow->setWindowTitle(QStringLiteral("Main window"));
     m_mainWindow->awakeFromNib();
-    m_itemDidMove = NSNotificationCenter::defaultCenter().addObserverForName(
-        NSWindowDidMoveNotification, m_statusItemView->window(), [this](const NSNotification&) {
-            m_mainWindow->setFrame(m_mainWindow->constrainFrameRect(m_mainWindow->frame()), true);
-        });
     constexpr NSRect textFrame{{24, 70}, {272, 80}};
     auto* const text = new NSTextField(textFrame, m_mainWindow->contentView());
     text->setAutoresizingMask(NSViewWidthSizable | NSViewMinYMargin);
     text->setStringValue(QStringLiteral("The main window hangs under its status item and points at it, wherever the "
                                         "desktop shows the item."));
     text->setTextColor(NSColor::whiteColor());
-    connect(new QShortcut(Qt::Key_Escape, m_mainWindow.get()), &QShortcut::activated, this,
-            [this] { closeMainWindow(); });
+    connect(new QShortcut(Qt::Key_Escape, m_mainWindow.get()), &QShortcut::activated, this, [this] {
+        closeMainWindow();
+        switchBackToApp();
+    });
 }
 
 void GalleryApplication::toggleMainWindow() {

@@ -3,7 +3,6 @@
 
 #include <VXKit/app/LTApplication.h>
 #include <VXKit/app/LTWindow.h>
-#include <VXKit/platform/foundation/NSNotificationCenter.h>
 
 #include <memory>
 #include <optional>
@@ -52,5 +51,4 @@ private:
     float m_mainWindowOpacity = 1;
     bool m_closesMainWindow = true;
     std::optional<bool> m_shownActive;
-    NSNotificationObservation m_itemDidMove;
 };

@@ -38,7 +38,6 @@ constexpr double titleSize = 17;
 constexpr double settingsTitleSize = 13;
 constexpr double textSize = 11;
 constexpr double windowTitleSize = 11;
-constexpr double textWhite = 0.82;
 
 } // namespace
 
@@ -76,7 +75,7 @@ void GalleryWindow::makeFrame() {
     heading->setAttribute(Qt::WA_TransparentForMouseEvents);
     m_title = addText(titleFrame, {}, NSFont::boldSystemFontOfSize(titleSize));
     m_text = addText(textFrame, {}, NSFont::systemFontOfSize(textSize));
-    m_text->setTextColor(NSColor::colorWithCalibratedWhite(textWhite, 1));
+    makeExplaining(*m_text, {}, m_text->font());
     addText(settingsTitleFrame, QStringLiteral("Settings"), NSFont::boldSystemFontOfSize(settingsTitleSize));
 
     auto* const motion = new LTHUDCheckBox(motionFrame);

@@ -3,13 +3,14 @@
 
 #include "Appearance.h"
 #include "ContactSheet.h"
+#include "DemoPanel.h"
 #include "GalleryApplication.h"
 
 #include <VXKit/hud/LTHUDWindow.h>
-#include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/SnapshotWindow.h>
 
 #include <QAbstractButton>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QTimer>
 
@@ -23,11 +24,11 @@ namespace {
 
 // Points.
 constexpr double panelMargin = 14; // around a control
-constexpr double titleBarHeight = 19;
 constexpr double pageMargin = 40;
 
 constexpr std::size_t fewStates = 2; // that need no row of their own
 constexpr int modalInterval = 20;    // milliseconds
+constexpr int longestWait = 2000;
 
 struct NamedState {
     ControlState state;
@@ -156,7 +157,7 @@ void PictureBook::addStates(const QString& name, const QString& caption, const s
                             const std::vector<ControlState>& states) {
     std::unique_ptr<QWidget> control(make());
     const NSSize size = ViewCore::of(control.get())->frame().size;
-    LTHUDWindow panel(NSMakeRect(0, 0, size.width + 2 * panelMargin, size.height + 2 * panelMargin + titleBarHeight),
+    LTHUDWindow panel(NSMakeRect(0, 0, size.width + 2 * panelMargin, size.height + 2 * panelMargin + hudTitleBarHeight),
                       NSBorderlessWindowMask, NSBackingStoreBuffered, false);
     useDarkColors(panel);
     panel.setHasButtonLane(false);
@@ -198,6 +199,15 @@ void PictureBook::writeContactSheet() {
         }
     }
     save(QStringLiteral("contact-sheet"), sheet.picture());
+}
+
+void showWithKeyboard(NSWindow& window) {
+    window.makeKeyAndOrderFront(nullptr);
+    waitUntilShown(window);
+    const QDeadlineTimer deadline(longestWait);
+    while (!window.isKeyWindow() && !deadline.hasExpired()) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, modalInterval);
+    }
 }
 
 void whileModal(const std::function<void(NSWindow& window)>& action) {

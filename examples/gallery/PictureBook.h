@@ -10,7 +10,6 @@
 #include <functional>
 #include <vector>
 
-class GalleryPage;
 class NSWindow;
 class QWidget;
 
@@ -34,9 +33,9 @@ public:
     /// What follows belongs under this title on the sheet.
     void beginSection(const QString& title);
 
-    /// A picture of `window` as the screen shows it with `around` points on every side; not on the sheet.
+    /// A picture of `window` as the screen shows it, with a margin; not on the sheet.
     void addPage(const QString& name, NSWindow& window);
-    /// The same of a window that a page is about, on the sheet.
+    /// The same of a window that a page is about, with `around` points on every side, on the sheet.
     void addWindow(const QString& name, const QString& caption, NSWindow& window, double around = 48);
     /// A picture of a part of the screen, on the sheet.
     void addArea(const QString& name, const QString& caption, const NSRect& area);
@@ -74,6 +73,9 @@ private:
     Desk m_desk;
 };
 
-/// Calls `action` as soon as `window()` answers a window that runs modally, from within that run. For pictures of what
+/// Shows `window` with the keyboard, and waits until it has that: what is drawn looks different before.
+void showWithKeyboard(NSWindow& window);
+
+/// Calls `action` with the window that runs modally as soon as there is one, from within that run. For pictures of what
 /// waits for an answer; `action` ends it.
 void whileModal(const std::function<void(NSWindow& window)>& action);

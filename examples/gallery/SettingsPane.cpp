@@ -17,14 +17,13 @@
 namespace {
 
 // Points.
-constexpr int lineHeight = 15;
+constexpr int noteHeight = 15;
 constexpr int fieldHeight = 22;
 constexpr int buttonHeight = 28;
 constexpr int spacing = 5;
 constexpr int spaceAboveCaption = 4;
 constexpr double captionSize = 11;
 
-constexpr double captionWhite = 0.82;
 constexpr int mostRadioButtons = 4;
 constexpr int sliderSteps = 200;
 constexpr double rangeInHundredths = 3;
@@ -48,15 +47,14 @@ NSTextField& SettingsPane::addLine(const QString& text, int height) {
         m_rows->addSpacing(spaceAboveCaption);
     }
     auto* const field = new NSTextField(this);
-    makeWhite(*field, text, NSFont::systemFontOfSize(captionSize));
-    field->setTextColor(NSColor::colorWithCalibratedWhite(captionWhite, 1));
+    makeExplaining(*field, text, NSFont::systemFontOfSize(captionSize));
     field->setFixedHeight(height);
     m_rows->addWidget(field);
     return *field;
 }
 
 NSTextField& SettingsPane::addNote(const QString& text, int lines) {
-    return addLine(text, lineHeight * lines);
+    return addLine(text, noteHeight * lines);
 }
 
 LTHUDCheckBox& SettingsPane::addCheckBox(const QString& title, bool value, const std::function<void(bool)>& change) {
@@ -70,7 +68,7 @@ LTHUDCheckBox& SettingsPane::addCheckBox(const QString& title, bool value, const
 
 void SettingsPane::addChoice(const QString& title, const QStringList& choices, int value,
                              const std::function<void(int)>& change) {
-    addLine(title, lineHeight);
+    addLine(title, noteHeight);
     if (choices.size() > mostRadioButtons) {
         auto* const menu = new QComboBox(this);
         menu->addItems(choices);
@@ -103,7 +101,7 @@ void SettingsPane::addChoice(const QString& title, const QStringList& choices, i
 void SettingsPane::addSlider(const QString& title, double least, double most, double value,
                              const std::function<void(double)>& change) {
     const bool isFine = most - least <= rangeInHundredths;
-    NSTextField& caption = addLine(numberText(title, value, isFine), lineHeight);
+    NSTextField& caption = addLine(numberText(title, value, isFine), noteHeight);
     auto* const slider = new QSlider(Qt::Horizontal, this);
     slider->setRange(0, sliderSteps);
     slider->setPageStep(sliderSteps / 10);
@@ -119,7 +117,7 @@ void SettingsPane::addSlider(const QString& title, double least, double most, do
 
 LTHUDTextField& SettingsPane::addText(const QString& title, const QString& value,
                                       const std::function<void(const QString&)>& change) {
-    addLine(title, lineHeight);
+    addLine(title, noteHeight);
     auto* const field = new LTHUDTextField(this);
     field->setText(value);
     field->setAccessibleName(title);
@@ -127,6 +125,19 @@ LTHUDTextField& SettingsPane::addText(const QString& title, const QString& value
     connect(field, &QLineEdit::textChanged, this, change);
     m_rows->addWidget(field);
     return *field;
+}
+
+void SettingsPane::addStates(const std::vector<NSButton*>& buttons) {
+    addCheckBox(QStringLiteral("Enabled"), true, [buttons](bool isOn) {
+        for (NSButton* button : buttons) {
+            button->setEnabled(isOn);
+        }
+    });
+    addCheckBox(QStringLiteral("Shown pressed"), false, [buttons](bool isOn) {
+        for (NSButton* button : buttons) {
+            button->setDown(isOn);
+        }
+    });
 }
 
 LTHUDButton& SettingsPane::addButton(const QString& title, const std::function<void()>& action) {

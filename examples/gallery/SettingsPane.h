@@ -6,10 +6,12 @@
 #include <QStringList>
 
 #include <functional>
+#include <vector>
 
 class LTHUDButton;
 class LTHUDCheckBox;
 class LTHUDTextField;
+class NSButton;
 class NSTextField;
 class QVBoxLayout;
 
@@ -27,6 +29,8 @@ public:
                    const std::function<void(double)>& change);
     LTHUDTextField& addText(const QString& title, const QString& value,
                             const std::function<void(const QString&)>& change);
+    /// Whether the buttons are enabled, and whether they look pressed.
+    void addStates(const std::vector<NSButton*>& buttons);
     LTHUDButton& addButton(const QString& title, const std::function<void()>& action);
     /// A text that explains, or tells what has happened.
     NSTextField& addNote(const QString& text, int lines = 2);

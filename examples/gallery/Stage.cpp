@@ -3,14 +3,13 @@
 
 namespace {
 
-constexpr double textWhite = 0.82;
+constexpr double explainingWhite = 0.82;
 
 } // namespace
 
 NSTextField& Stage::putText(const NSRect& frame, const QString& text, double fontSize) {
     auto& field = put<NSTextField>(frame);
-    makeWhite(field, text, NSFont::systemFontOfSize(fontSize));
-    field.setTextColor(NSColor::colorWithCalibratedWhite(textWhite, 1));
+    makeExplaining(field, text, NSFont::systemFontOfSize(fontSize));
     return field;
 }
 
@@ -18,4 +17,9 @@ void makeWhite(NSTextField& field, const QString& text, const NSFont& font) {
     field.setStringValue(text);
     field.setFont(font);
     field.setTextColor(NSColor::whiteColor());
+}
+
+void makeExplaining(NSTextField& field, const QString& text, const NSFont& font) {
+    makeWhite(field, text, font);
+    field.setTextColor(NSColor::colorWithCalibratedWhite(explainingWhite, 1));
 }

@@ -37,3 +37,5 @@ public:
 
 /// Makes `field` a text in white, as it stands on dark panels.
 void makeWhite(NSTextField& field, const QString& text, const NSFont& font);
+/// The same, a little darker, for a text that explains.
+void makeExplaining(NSTextField& field, const QString& text, const NSFont& font);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "../Complaint.h"
 #include "GalleryApplication.h"
 #include "GalleryPictures.h"
 #include "GalleryWindow.h"
@@ -13,10 +14,6 @@
 #include <cstdlib>
 
 namespace {
-
-void complain(const QString& line) {
-    std::fprintf(stderr, "gallery: %s\n", line.toUtf8().constData());
-}
 
 int takePictures(const QString& folder) {
     PictureBook book(folder);
@@ -54,10 +51,8 @@ int main(int argc, char** argv) {
     for (int index = 0; index < argc; ++index) {
         arguments.append(QString::fromLocal8Bit(argv[index]));
     }
-    if (!parser.parse(arguments)) {
-        complain(parser.errorText());
-        return EXIT_FAILURE;
-    }
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    parser.parse(arguments);
     if (parser.isSet(help)) {
         std::printf("%s", parser.helpText().toUtf8().constData());
         return EXIT_SUCCESS;
@@ -72,6 +67,11 @@ int main(int argc, char** argv) {
     }
 
     GalleryApplication application(argc, argv);
+    // Now that Qt has taken what is its own, such as -platform.
+    if (!parser.parse(QCoreApplication::arguments())) {
+        complain(parser.errorText());
+        return EXIT_FAILURE;
+    }
     if (parser.isSet(pictures)) {
         QTimer::singleShot(0, &application, [&] { QCoreApplication::exit(takePictures(parser.value(pictures))); });
         return application.run();

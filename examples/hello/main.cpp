@@ -14,12 +14,12 @@ public:
         greeting->setStringValue(QStringLiteral("Hello, you there."));
         greeting->setFont(NSFont::boldSystemFontOfSize(24));
         greeting->setTextColor(NSColor::whiteColor());
-        addButton(NSMakeRect(158, 10, 120, 28), QStringLiteral("&Ask Me"), [this] { ask(); });
+        addButton(NSMakeRect(158, 10, 120, 28), QStringLiteral("&Ask Me"), [] { ask(); });
         addButton(NSMakeRect(22, 10, 120, 28), QStringLiteral("&Quit"), [this] { terminate(nullptr); });
-        connect(new QShortcut(Qt::Key_Escape, &m_window), &QShortcut::activated, this, [this] { closeMainWindow(); });
-        m_itemDidMove = NSNotificationCenter::defaultCenter().addObserverForName(
-            NSWindowDidMoveNotification, m_symbol->window(),
-            [this](const NSNotification&) { m_window.setFrame(m_window.constrainFrameRect(m_window.frame()), true); });
+        connect(new QShortcut(Qt::Key_Escape, &m_window), &QShortcut::activated, this, [this] {
+            closeMainWindow();
+            switchBackToApp();
+        });
         activateIgnoringOtherApps(true);
         toggleMainWindow();
     }
@@ -42,7 +42,7 @@ private:
         button->setTitle(title);
         connect(button, &NSButton::clicked, this, action);
     }
-    void ask() {
+    static void ask() {
         LTHUDAlert::alertWithMessageText(QStringLiteral("How do you do?"), QStringLiteral("&Well"),
                                          QStringLiteral("So So"), {}, QStringLiteral("Nobody is told."))
             ->runModal();
@@ -51,7 +51,6 @@ private:
     std::shared_ptr<NSStatusItem> m_item = NSStatusBar::systemStatusBar().statusItemWithLength(30);
     LTStatusItemView* m_symbol = new LTStatusItemView(NSMakeRect(0, 0, 30, 22)); // the item's
     LTWindow m_window{NSMakeRect(0, 0, 300, 180), NSBorderlessWindowMask, NSBackingStoreBuffered, false};
-    NSNotificationObservation m_itemDidMove;
 };
 
 int main(int argc, char** argv) {

@@ -110,6 +110,32 @@ TEST_F(LTWindowTest, IsPlacedAnewWheneverItIsOrderedIn) {
     EXPECT_EQ(window->NSWindow::frame(), NSMakeRect(165, 580, 200, 120));
 }
 
+TEST_F(LTWindowTest, FollowsItsItemWhileItIsShown) {
+    PlacedItemView& item = placeItem(itemRect);
+    const auto window = makeWindow();
+    window->orderFront(nullptr);
+    item.itemFrame.origin.x += 40;
+    const auto itemHasMoved = [&] {
+        NSNotificationCenter::defaultCenter().postNotificationName(NSWindowDidMoveNotification, item.window());
+    };
+    itemHasMoved();
+    EXPECT_EQ(window->NSWindow::frame().origin.x, 340 - (100 - 15));
+    window->orderOut(nullptr);
+    item.itemFrame.origin.x += 40;
+    itemHasMoved();
+    EXPECT_EQ(window->NSWindow::frame().origin.x, 340 - (100 - 15)) << "it is placed when it is shown again";
+}
+
+TEST_F(LTWindowTest, StaysWhereItIsWhenAnotherWindowMoves) {
+    PlacedItemView& item = placeItem(itemRect);
+    const auto window = makeWindow();
+    window->orderFront(nullptr);
+    item.itemFrame.origin.x += 40;
+    NSWindow other(NSMakeRect(0, 0, 50, 50), NSBorderlessWindowMask, NSBackingStoreBuffered, false);
+    NSNotificationCenter::defaultCenter().postNotificationName(NSWindowDidMoveNotification, &other);
+    EXPECT_EQ(window->NSWindow::frame().origin.x, 300 - (100 - 15));
+}
+
 TEST_F(LTWindowTest, StandsOnAnItemAlongTheBottomOfTheScreen) {
     placeItem({{300, 4}, {30, 22}});
     const auto window = makeWindow();

@@ -210,3 +210,13 @@ TEST(GalleryProgram, TakesNoOtherScaleAndNoUnknownPage) {
     EXPECT_EQ(runGallery({QStringLiteral("--scale"), QStringLiteral("3")}).status, 1);
     EXPECT_EQ(runGallery({QStringLiteral("--page"), QStringLiteral("nowhere")}).status, 1);
 }
+
+TEST(GalleryProgram, TakesQtsArgumentsAndNoUnknownOnes) {
+    const Ending ofQt = runGallery({QStringLiteral("-platform"), QStringLiteral("offscreen"), QStringLiteral("--page"),
+                                    QStringLiteral("nowhere")});
+    EXPECT_EQ(ofQt.status, 1);
+    EXPECT_TRUE(ofQt.error.contains(QStringLiteral("there is no page “nowhere”"))) << qPrintable(ofQt.error);
+    const Ending unknown = runGallery({QStringLiteral("--pages"), QStringLiteral("buttons")});
+    EXPECT_EQ(unknown.status, 1);
+    EXPECT_TRUE(unknown.error.contains(QStringLiteral("pages"))) << qPrintable(unknown.error);
+}

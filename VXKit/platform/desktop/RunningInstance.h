@@ -23,8 +23,8 @@
 ///     first start:    claim() ── the name is its own ──> … the window is made … ──> beginToDeliver()
 ///     further start:  ask(name, request) ── the first one's signal ──> ends
 ///
-/// The bus decides between two that are started at once. What is asked between claim and beginToDeliver is answered and
-/// kept, so that nobody waits for a slow start; signals come from the event loop, after the answer, so that a slot may
+/// The bus decides between two that are started at once. What is asked between claim and beginToDeliver is answered as
+/// soon as the event loop runs, and kept; signals come from the event loop, after the answer, so that a slot may
 /// run a loop of its own or end the program. The name goes back with the object. Where there is no session bus the
 /// program must see by itself that it runs only once.
 ///
@@ -53,7 +53,6 @@ public:
     };
 
     /// How a question to the running instance went.
-    /// What became of a request.
     enum class Answer : std::uint8_t {
         Done,        ///< the running instance has taken the request
         NobodyThere, ///< no instance runs, or there is no session bus
@@ -61,7 +60,6 @@ public:
     };
 
     /// Whose the name is.
-    /// What became of a claim to the name.
     enum class Claim : std::uint8_t {
         Claimed, ///< this process is the running instance
         Taken,   ///< another process is
@@ -71,9 +69,10 @@ public:
     static constexpr int answerTime = 10'000; ///< milliseconds that a running instance has at most to answer
 
     /// Asks the instance that has `name`, and waits for the answer at most `timeout` milliseconds; starts no program.
-    /// With the request goes what the launcher told this process so that the window may come to the front
-    /// (`DESKTOP_STARTUP_ID`, `XDG_ACTIVATION_TOKEN`). An instance that ends meanwhile counts as gone. `problem`, where
-    /// given, is told why it failed, in a sentence without a full stop. Needs an application object, but no display.
+    /// The bus, which answers at once, has as long for each question about the name. With the request goes what the
+    /// launcher told this process so that the window may come to the front (`DESKTOP_STARTUP_ID`,
+    /// `XDG_ACTIVATION_TOKEN`). An instance that ends meanwhile counts as gone. `problem`, where given, is told why it
+    /// failed, in a sentence without a full stop. Needs an application object, but no display.
     [[nodiscard]] static Answer ask(const QString& name, const Request& request, QString* problem = nullptr,
                                     int timeout = answerTime);
 

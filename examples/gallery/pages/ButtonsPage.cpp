@@ -41,16 +41,7 @@ void ButtonsPage::build(Stage& stage, SettingsPane& settings) {
                      [&push](const QString& title) { push.setTitle(title); });
     settings.addText(QStringLiteral("Title of the flat button"), flat.title(),
                      [&flat](const QString& title) { flat.setTitle(title); });
-    settings.addCheckBox(QStringLiteral("Enabled"), true, [buttons](bool isOn) {
-        for (NSButton* button : buttons) {
-            button->setEnabled(isOn);
-        }
-    });
-    settings.addCheckBox(QStringLiteral("Shown pressed"), false, [buttons](bool isOn) {
-        for (NSButton* button : buttons) {
-            button->setDown(isOn);
-        }
-    });
+    settings.addStates(buttons);
     settings.addCheckBox(QStringLiteral("Return presses Save"), false, [&push](bool isOn) {
         if (NSWindow* window = push.ViewCore::window()) {
             window->setDefaultButtonCell(isOn ? &push.cell() : nullptr);

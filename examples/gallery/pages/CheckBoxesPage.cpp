@@ -64,16 +64,7 @@ void CheckBoxesPage::build(Stage& stage, SettingsPane& settings) {
 
     settings.addText(QStringLiteral("Title of the first check box"), box.title(),
                      [&box](const QString& title) { box.setTitle(title); });
-    settings.addCheckBox(QStringLiteral("Enabled"), true, [buttons](bool isOn) {
-        for (NSButton* button : buttons) {
-            button->setEnabled(isOn);
-        }
-    });
-    settings.addCheckBox(QStringLiteral("Shown pressed"), false, [buttons](bool isOn) {
-        for (NSButton* button : buttons) {
-            button->setDown(isOn);
-        }
-    });
+    settings.addStates(buttons);
     settings.addChoice(QStringLiteral("Box of the column"),
                        {QStringLiteral("Off"), QStringLiteral("On"), QStringLiteral("Installed")}, 0,
                        [&bare](int index) {

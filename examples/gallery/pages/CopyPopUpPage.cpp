@@ -8,7 +8,6 @@
 #include <VXKit/controls/LTCopyPopUp.h>
 #include <VXKit/controls/LTHUDTextField.h>
 #include <VXKit/platform/appkit/NSPasteboard.h>
-#include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/NSWindow.h>
 
 CopyPopUpPage::CopyPopUpPage()

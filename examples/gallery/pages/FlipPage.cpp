@@ -88,7 +88,7 @@ void FlipPage::takePictures(PictureBook& book) {
     const NSRect area = NSInsetRect(NSUnionRect(m_front->frame(), m_back->frame()), -pictureMargin, -pictureMargin);
     for (const bool goesForward : {true, false}) {
         const QString direction = goesForward ? QStringLiteral("forward") : QStringLiteral("backward");
-        m_front->makeKeyAndOrderFront(nullptr);
+        showWithKeyboard(*m_front);
         whileTurning([&](FliprView& card) {
             for (const Moment& moment : moments) {
                 card.animation()->setCurrentProgress(moment.progress);

@@ -15,7 +15,7 @@ namespace {
 
 // Points.
 constexpr NSRect tabsFrame{{0, 0}, {400, 26}};
-constexpr NSRect plateFrame{{0, 34}, {400, 180}};
+constexpr NSRect panesFrame{{0, 34}, {400, 180}};
 
 const QStringList& tabNames() {
     static const QStringList names{QStringLiteral("&General"), QStringLiteral("&Accounts"), QStringLiteral("&Keys")};
@@ -24,8 +24,8 @@ const QStringList& tabNames() {
 
 NSView* makeView(const QString& option) {
     auto* const view = new NSView;
-    view->setFrame({NSZeroPoint, plateFrame.size});
-    auto* const box = new LTHUDCheckBox(NSMakeRect(20, plateFrame.size.height - 44, 300, 22));
+    view->setFrame({NSZeroPoint, panesFrame.size});
+    auto* const box = new LTHUDCheckBox(NSMakeRect(20, panesFrame.size.height - 44, 300, 22));
     box->setTitle(option);
     view->addSubview(box);
     return view;
@@ -50,8 +50,8 @@ PreferenceTabsPage::~PreferenceTabsPage() = default;
 
 void PreferenceTabsPage::build(Stage& stage, SettingsPane& settings) {
     auto& tabs = stage.put<LTPreferenceTabs>(tabsFrame);
-    stage.put<LTLine>(plateFrame);
-    auto& container = stage.put<LTSwitchableView>(plateFrame);
+    stage.put<LTLine>(panesFrame);
+    auto& container = stage.put<LTSwitchableView>(panesFrame);
     tabs._switchView = &container;
     tabs.setTabNames(tabNames());
     tabs.setTabViews({makeView(QStringLiteral("Open at login")), makeView(QStringLiteral("Sync by itself")),

@@ -12,7 +12,7 @@
 namespace {
 
 // Points.
-constexpr NSSize windowSize{360, 200};
+constexpr NSSize cornerWindowSize{360, 200};
 constexpr NSSize leastSize{240, 140};
 constexpr NSSize largestSize{640, 480};
 constexpr double gripSide = 14;
@@ -53,12 +53,12 @@ void ResizeCornersPage::build(Stage& stage, SettingsPane& settings) {
 }
 
 void ResizeCornersPage::makeWindow() {
-    m_window = makeDemoPanel(windowSize, QStringLiteral("Resize me"),
+    m_window = makeDemoPanel(cornerWindowSize, QStringLiteral("Resize me"),
                              QStringLiteral("Drag one of the grips at the bottom. The top edge stays where it is."));
     m_window->setMinSize(leastSize);
     m_window->setMaxSize(largestSize);
     ViewCore& content = *ViewCore::of(m_window->contentView());
-    auto* const right = new LTResizeCorner(NSMakeRect(windowSize.width - gripSide, 0, gripSide, gripSide));
+    auto* const right = new LTResizeCorner(NSMakeRect(cornerWindowSize.width - gripSide, 0, gripSide, gripSide));
     right->setAutoresizingMask(NSViewMinXMargin | NSViewMaxYMargin);
     content.addSubview(right);
     auto* const left = new LTLeftResizeCorner(NSMakeRect(0, 0, gripSide, gripSide));

@@ -17,13 +17,13 @@ namespace {
 
 // Points.
 constexpr NSSize viewSizes[] = {{320, 180}, {420, 240}};
-constexpr double margin = 24;
+constexpr double textMargin = 24;
 
 NSView* makeView(int number) {
     auto* const view = new NSView;
     const NSSize size = viewSizes[number % 2];
     view->setFrame({NSZeroPoint, size});
-    auto* const text = new NSTextField(NSMakeRect(margin, size.height - 90, size.width - 2 * margin, 60));
+    auto* const text = new NSTextField(NSMakeRect(textMargin, size.height - 90, size.width - 2 * textMargin, 60));
     makeWhite(*text, QStringLiteral("View %1").arg(number + 1), NSFont::boldSystemFontOfSize(24));
     text->setAutoresizingMask(NSViewWidthSizable | NSViewMinYMargin);
     view->addSubview(text);

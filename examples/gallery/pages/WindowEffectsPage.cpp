@@ -7,7 +7,6 @@
 
 #include <VXKit/controls/LTHUDButton.h>
 #include <VXKit/hud/NSWindow+NSWindowAdditions.h>
-#include <VXKit/platform/appkit/NSScreen.h>
 #include <VXKit/platform/appkit/NSWindow.h>
 #include <VXKit/platform/desktop/WindowEffects.h>
 #include <VXKit/platform/graphics/NSBezierPath.h>
@@ -15,21 +14,21 @@
 
 namespace {
 
-constexpr NSSize windowSize{300, 180}; // points
+constexpr NSSize shownWindowSize{300, 180}; // points
 constexpr double cornerRadius = 12;
-constexpr double translucent = 0.5;
+constexpr double faded = 0.5;
 constexpr double blurRadius = 3;
 
 /// A rounded body in two colours, a little of which lets through what is behind.
 NSColor bodyColor() {
     constexpr double alpha = 0.85;
-    const std::shared_ptr<NSImage> image = NSImage::initWithSize(windowSize);
+    const std::shared_ptr<NSImage> image = NSImage::initWithSize(shownWindowSize);
     image->lockFocus();
-    NSBezierPath::bezierPathWithRoundedRect({NSZeroPoint, windowSize}, cornerRadius, cornerRadius).addClip();
+    NSBezierPath::bezierPathWithRoundedRect({NSZeroPoint, shownWindowSize}, cornerRadius, cornerRadius).addClip();
     NSColor::colorWithCalibratedRed(0.16, 0.28, 0.42, alpha).setFill();
-    NSBezierPath::fillRect({NSZeroPoint, windowSize});
+    NSBezierPath::fillRect({NSZeroPoint, shownWindowSize});
     NSColor::colorWithCalibratedRed(0.93, 0.69, 0.24, alpha).setFill();
-    NSBezierPath::fillRect(NSMakeRect(0, 0, windowSize.width, windowSize.height / 3));
+    NSBezierPath::fillRect(NSMakeRect(0, 0, shownWindowSize.width, shownWindowSize.height / 3));
     image->unlockFocus();
     return NSColor::colorWithPatternImage(image);
 }
@@ -53,7 +52,7 @@ WindowEffectsPage::WindowEffectsPage()
 WindowEffectsPage::~WindowEffectsPage() = default;
 
 void WindowEffectsPage::makeWindow() {
-    m_window = std::make_unique<NSWindow>(NSRect{NSZeroPoint, windowSize}, NSBorderlessWindowMask,
+    m_window = std::make_unique<NSWindow>(NSRect{NSZeroPoint, shownWindowSize}, NSBorderlessWindowMask,
                                           NSBackingStoreBuffered, false);
     m_window->setWindowTitle(QStringLiteral("Window with effects"));
     m_window->setOpaque(false);
@@ -113,7 +112,7 @@ void WindowEffectsPage::takePictures(PictureBook& book) {
     enableColorInversionForWindow(*m_window);
     take("inversion", "Inverted colours");
     WindowEffects::sharedEffects().setColorInversion(*m_window, false);
-    m_window->setAlphaValue(translucent);
+    m_window->setAlphaValue(faded);
     take("opacity", "Opacity 0.5");
     m_window->setAlphaValue(1);
     m_window->orderOut(nullptr);
