@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "Appearance.h"
 
+#include "../DarkColors.h"
+
 #include <VXKit/controls/LTHUDScrollBar.h>
 
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFont>
 #include <QIcon>
-#include <QPalette>
 #include <QPushButton>
 #include <QStyleFactory>
 
@@ -23,40 +24,11 @@ constexpr int buttonHeight = 28;
 constexpr int buttonPadding = 14; // on either side of the title
 constexpr int smallestButtonWidth = 84;
 
-QPalette darkPalette() {
-    struct ColorOfRole {
-        QPalette::ColorRole role;
-        QRgb color;
-    };
-    constexpr ColorOfRole colors[] = {
-        {QPalette::Window, 0xff2a2c30},      {QPalette::WindowText, 0xffe4e6e9},
-        {QPalette::Base, 0xff1e2023},        {QPalette::AlternateBase, 0xff34373d},
-        {QPalette::Text, 0xffe4e6e9},        {QPalette::PlaceholderText, 0xff989da5},
-        {QPalette::Button, 0xff3a3d43},      {QPalette::ButtonText, 0xffe4e6e9},
-        {QPalette::BrightText, 0xffffffff},  {QPalette::Light, 0xff4a4e55},
-        {QPalette::Midlight, 0xff414449},    {QPalette::Mid, 0xff2e3034},
-        {QPalette::Dark, 0xff1a1b1e},        {QPalette::Shadow, 0xff0e0f10},
-        {QPalette::Highlight, 0xff2f65ba},   {QPalette::HighlightedText, 0xffffffff},
-        {QPalette::Link, 0xff74a9f7},        {QPalette::LinkVisited, 0xffb199ea},
-        {QPalette::ToolTipBase, 0xff3a3d43}, {QPalette::ToolTipText, 0xffe4e6e9},
-    };
-    constexpr QRgb disabledText = 0xff6e737b;
-
-    QPalette palette;
-    for (const ColorOfRole& entry : colors) {
-        palette.setColor(entry.role, QColor::fromRgb(entry.color));
-    }
-    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
-        palette.setColor(QPalette::Disabled, role, QColor::fromRgb(disabledText));
-    }
-    return palette;
-}
-
 } // namespace
 
 void applyAppearance() {
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-    QApplication::setPalette(darkPalette());
+    QApplication::setPalette(darkColors());
     QFont font = QApplication::font();
     font.setFamilies(QStringList{QStringLiteral("Inter")} + font.families());
     font.setPixelSize(fontSize);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "EditedText.h"
 
+#include "TextChange.h"
+
 #include <QStringBuilder>
 #include <QStringView>
 
@@ -62,17 +64,14 @@ void EditedText::showHidden() {
 }
 
 void EditedText::setShown(const QString& shown) {
-    const auto shorter = static_cast<std::ptrdiff_t>(std::min(m_shown.size(), shown.size()));
-    const auto begin = std::mismatch(m_shown.begin(), m_shown.begin() + shorter, shown.begin()).first - m_shown.begin();
-    const auto end =
-        std::mismatch(m_shown.rbegin(), m_shown.rbegin() + (shorter - begin), shown.rbegin()).first - m_shown.rbegin();
-    QString inserted = shown.sliced(begin, shown.size() - begin - end);
+    TextChange change = TextChange::between(m_shown, shown);
+    QString& inserted = change.inserted;
     // What Shift+Return makes is a line end to whoever presses it.
     inserted.replace(QChar(QChar::LineSeparator), QLatin1Char('\n'));
     inserted.replace(QLatin1Char('\n'), lineEnd());
 
-    const QStringView before = QStringView(m_text).first(placeInText(begin));
-    const QStringView after = QStringView(m_text).sliced(placeInText(m_shown.size() - end));
+    const QStringView before = QStringView(m_text).first(placeInText(change.begin));
+    const QStringView after = QStringView(m_text).sliced(placeInText(m_shown.size() - change.end));
     // Two line ends that come together stay two.
     if (before.endsWith(u'\r') && (inserted.isEmpty() ? after : QStringView(inserted)).startsWith(u'\n')) {
         inserted.prepend(QLatin1Char('\n'));

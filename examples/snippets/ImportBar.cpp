@@ -57,7 +57,7 @@ void ImportBar::showProgress(const SnippetImportProgress& progress) {
         m_indicator->setMaxValue(static_cast<double>(progress.foundCount));
         m_indicator->setDoubleValue(static_cast<double>(progress.doneCount));
         m_text->setText(
-            QStringLiteral("Importing: %1 of %2 files").arg(number(progress.doneCount), number(progress.foundCount)));
+            QStringLiteral("Importing: %1 of %2").arg(number(progress.doneCount), number(progress.foundCount)));
     }
     setVisible(true);
 }

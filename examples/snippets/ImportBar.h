@@ -10,7 +10,7 @@ struct SnippetImportProgress;
 
 /// Tells how far an import is, on a strip inside a window, with a button that stops it. Hidden until there is one.
 ///
-///     ◔  Importing: 120 of 340 files                  Stop
+///     ◔  Importing: 120 of 340                        Stop
 class ImportBar : public QFrame {
     Q_OBJECT
 

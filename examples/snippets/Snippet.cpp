@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Snippet.h"
 
+#include "TitleText.h"
+
 #include <QStringView>
 
 #include <algorithm>
@@ -10,7 +12,7 @@
 namespace {
 
 constexpr qsizetype longestTitle = 80;      // characters of a title made from a text
-constexpr qsizetype longestFirstLine = 240; // characters
+constexpr qsizetype longestShownLine = 240; // characters
 constexpr qsizetype bytesLookedAtFirst = 4096;
 
 // The years 1 to 9999, which are those that an XML date can tell; seconds since 1970.
@@ -114,25 +116,30 @@ QStringView lineOtherThan(QStringView unwanted, QStringView text) {
     return {};
 }
 
-/// The first `length` characters of `line`, no half of a surrogate pair among them.
-QStringView beginning(QStringView line, qsizetype length) {
-    if (line.size() <= length) {
-        return line;
-    }
-    return line.first(line[length].isLowSurrogate() ? length - 1 : length);
-}
-
-} // namespace
-
-void Snippet::setTitle(const QString& title) {
-    _name = title;
+/// `title` with a blank for each line break and each other control character.
+QString inOneLine(QString title) {
     std::replace_if(
-        _name.begin(), _name.end(),
+        title.begin(), title.end(),
         [](QChar character) {
             return character.category() == QChar::Other_Control || character == QChar::LineSeparator ||
                    character == QChar::ParagraphSeparator;
         },
         QChar::fromLatin1(' '));
+    return title;
+}
+
+} // namespace
+
+void Snippet::setTitle(const QString& title) {
+    _name = inOneLine(title);
+}
+
+QString Snippet::shownTitle() const {
+    return beginning(title(), longestShownLine).toString();
+}
+
+bool Snippet::isTitleMadeOfText() const {
+    return _name == titleForText(text());
 }
 
 void Snippet::rename(const QString& title, NSDate date) {
@@ -140,11 +147,12 @@ void Snippet::rename(const QString& title, NSDate date) {
     modificationDate = date;
 }
 
-void Snippet::changeText(const QString& text, NSDate date) {
-    const bool isTitleOfText = _name == titleForText(this->text());
+void Snippet::changeText(const QString& text, NSDate date, TitleFollows titleFollows) {
+    const bool follows =
+        titleFollows == TitleFollows::Yes || (titleFollows == TitleFollows::IfMadeOfText && isTitleMadeOfText());
     setText(text);
     modificationDate = date;
-    const QString title = isTitleOfText ? titleForText(text) : QString();
+    const QString title = follows ? titleForText(text) : QString();
     if (!title.isEmpty()) {
         setTitle(title);
     }
@@ -174,20 +182,20 @@ QString Snippet::firstLine() const {
     // Nearly always near the beginning; and a list asks for it with every row that it paints.
     const QString near = beginningOfText(m_text, bytesLookedAtFirst);
     const QStringView line = lineOtherThan(_name, near);
-    const bool isWhole = m_text.size() <= bytesLookedAtFirst || line.size() > longestFirstLine ||
+    const bool isWhole = m_text.size() <= bytesLookedAtFirst || line.size() > longestShownLine ||
                          (!line.isEmpty() && QStringView(line.end(), near.cend()).contains(QLatin1Char('\n')));
     if (isWhole) {
-        return beginning(line, longestFirstLine).toString();
+        return beginning(line, longestShownLine).toString();
     }
-    return beginning(lineOtherThan(_name, text()), longestFirstLine).toString();
+    return beginning(lineOtherThan(_name, text()), longestShownLine).toString();
 }
 
 QString Snippet::titleForText(const QString& text) {
     const QStringView line = lineOtherThan({}, text);
     if (line.size() <= longestTitle) {
-        return line.toString();
+        return inOneLine(line.toString());
     }
-    return beginning(line, longestTitle - 1).trimmed().toString() + QChar(u'…');
+    return inOneLine(beginning(line, longestTitle - 1).trimmed().toString()) + QChar(u'…');
 }
 
 std::optional<NSDictionary> Snippet::dictionaryRepresentation() const {

@@ -17,6 +17,10 @@ class Snippet : public _LTSnippet {
 public:
     /// The title, never with line breaks or other control characters in it.
     void setTitle(const QString& title);
+    /// The title as far as any list shows it: to draw a line takes as long as the whole of it.
+    [[nodiscard]] QString shownTitle() const;
+    /// Whether the title is what a snippet of this text would be called.
+    [[nodiscard]] bool isTitleMadeOfText() const;
 
     [[nodiscard]] QString text() const { return QString::fromUtf8(m_text); }
     void setText(const QString& text);
@@ -35,9 +39,11 @@ public:
     /// Gives the record another title, as a change of its owner's at `date`.
     void rename(const QString& title, NSDate date);
 
-    /// Gives the record another text, as a change of its owner's at `date`. A title that was made from the text follows
-    /// it, as long as there is something to make it from.
-    void changeText(const QString& text, NSDate date);
+    /// Whether the title becomes another one with the text.
+    enum class TitleFollows { No, Yes, IfMadeOfText };
+    /// Gives the record another text, as a change of its owner's at `date`. A title that follows it does so as long as
+    /// there is something to make it from.
+    void changeText(const QString& text, NSDate date, TitleFollows titleFollows = TitleFollows::IfMadeOfText);
 
     /// Counts one use, at `date`.
     void noteUse(NSDate date);

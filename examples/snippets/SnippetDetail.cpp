@@ -6,6 +6,7 @@
 #include "NumberText.h"
 #include "SnippetKindTag.h"
 #include "SnippetTextEdit.h"
+#include "StopTimer.h"
 
 #include <VXKit/platform/foundation/NSTimer.h>
 
@@ -112,7 +113,7 @@ SnippetDetail::SnippetDetail(std::shared_ptr<SnippetsDatabase> database, QWidget
 SnippetDetail::~SnippetDetail() {
     const QSignalBlocker quiet(this);
     keep();
-    stopPause();
+    stopTimer(m_pause);
 }
 
 void SnippetDetail::paintEvent(QPaintEvent* event) {
@@ -158,12 +159,16 @@ void SnippetDetail::followRecord() {
         if (m_text->document()->isModified() && typed.toUtf8() != m_snippet->utf8Text() && typed.toUtf8() != m_base) {
             const std::shared_ptr<Snippet> other = SnippetsDatabase::copyUnderFreeIdentity(*m_snippet);
             other->setTitle(m_snippet->title() + QStringLiteral(" (other version)"));
-            m_snippet->changeText(typed, NSDate::date());
-            takeBase();
+            noteTextBefore(QString::fromUtf8(m_base));
+            // The title came in as well.
+            noteTitle();
+            changeText(typed);
             m_database->notifyOfModificationForSnippet(m_snippet);
             m_database->addSnippet(other);
             Q_EMIT otherVersionWasKept(other);
         } else if (m_text->document()->isUndoAvailable() || m_text->document()->isRedoAvailable()) {
+            // What is typed from now on is typed into what came in.
+            tellEdited(QString::fromUtf8(m_base));
             m_edited = EditedText(m_snippet->text(), m_edited.hasHidden() ? longestPreview : m_snippet->text().size());
             m_base = m_snippet->utf8Text();
             const QScopedValueRollback<bool> loading(m_isLoading, true);
@@ -172,13 +177,13 @@ void SnippetDetail::followRecord() {
         } else {
             load();
         }
-        stopPause();
+        stopTimer(m_pause);
     }
     updateLabels();
 }
 
 bool SnippetDetail::keep() {
-    stopPause();
+    stopTimer(m_pause);
     if (!m_snippet || !m_text->document()->isModified()) {
         return false;
     }
@@ -187,11 +192,8 @@ bool SnippetDetail::keep() {
     if (text.toUtf8() == m_snippet->utf8Text()) {
         return false;
     }
-    if (!m_textBefore) {
-        m_textBefore = m_snippet->text();
-    }
-    m_snippet->changeText(text, NSDate::date());
-    takeBase();
+    noteTextBefore(m_snippet->text());
+    changeText(text);
     if (m_database->holds(*m_snippet)) {
         m_database->notifyOfModificationForSnippet(m_snippet);
     } else {
@@ -205,10 +207,39 @@ bool SnippetDetail::keep() {
 
 void SnippetDetail::endEditing() {
     keep();
-    const std::optional<QString> before = std::exchange(m_textBefore, std::nullopt);
-    if (before && m_snippet && *before != m_snippet->text()) {
-        Q_EMIT edited(m_snippet, *before, m_snippet->text());
+    if (m_snippet) {
+        tellEdited(m_snippet->text());
     }
+}
+
+/// Tells of all that was typed and kept, which has led to the text `after`.
+void SnippetDetail::tellEdited(const QString& after) {
+    const std::optional<QString> before = std::exchange(m_textBefore, std::nullopt);
+    if (before && *before != after) {
+        Q_EMIT edited(m_snippet, *before, after);
+    }
+}
+
+void SnippetDetail::noteTextBefore(const QString& before) {
+    if (!m_textBefore) {
+        m_textBefore = before;
+        noteTitle();
+    }
+}
+
+void SnippetDetail::noteTitle() {
+    m_titleOfText = m_snippet->isTitleMadeOfText() ? std::optional(m_snippet->title()) : std::nullopt;
+}
+
+/// Gives the record what was typed. A title that was made of the text when the typing began follows it all along,
+/// wherever a pause comes.
+void SnippetDetail::changeText(const QString& text) {
+    const bool follows = m_titleOfText == m_snippet->title();
+    m_snippet->changeText(text, NSDate::date(), follows ? Snippet::TitleFollows::Yes : Snippet::TitleFollows::No);
+    if (follows) {
+        m_titleOfText = m_snippet->title();
+    }
+    takeBase();
 }
 
 /// What the record and the editor have is one now, but for what UTF-8 cannot hold.
@@ -222,11 +253,12 @@ void SnippetDetail::textHasChanged() {
         return;
     }
     m_edited.setShown(m_text->text());
-    stopPause();
+    stopTimer(m_pause);
     if (!m_text->document()->isModified()) {
         return;
     }
     m_pause = NSTimer::scheduledTimerWithTimeInterval(keepingPause, NSTimerRepeats::No, [this](NSTimer&) { keep(); });
+    Q_EMIT typed();
 }
 
 /// Whoever comes to edit a text may want to do so at its end.
@@ -250,7 +282,8 @@ void SnippetDetail::updateLabels() {
         updateKindTag(std::nullopt);
         return;
     }
-    m_title->setText(m_snippet->title().isEmpty() ? QStringLiteral("Untitled") : m_snippet->title());
+    const QString title = m_snippet->shownTitle();
+    m_title->setText(title.isEmpty() ? QStringLiteral("Untitled") : title);
     QString dates = datesText(*m_snippet);
     if (m_edited.hasHidden()) {
         dates += QStringLiteral("  ·  Beginning of ") +
@@ -268,12 +301,5 @@ void SnippetDetail::updateKindTag(std::optional<SnippetKind> kind) {
     if (kind) {
         m_kindTag = new SnippetKindTag(*kind);
         m_titleLayout->addWidget(m_kindTag, 0, Qt::AlignVCenter);
-    }
-}
-
-void SnippetDetail::stopPause() {
-    if (m_pause) {
-        m_pause->invalidate();
-        m_pause.reset();
     }
 }

@@ -54,6 +54,8 @@ public:
     [[nodiscard]] SnippetTextEdit& editor() const { return *m_text; }
 
 Q_SIGNALS:
+    /// Something is being typed, and not kept yet.
+    void typed();
     /// The text of `snippet` was changed from `before` to `after` by what was typed, all of which is kept now.
     void edited(const std::shared_ptr<Snippet>& snippet, const QString& before, const QString& after);
     /// Somebody else has changed the text that is being edited; `other` is what that has become.
@@ -72,8 +74,11 @@ private:
     void updateKindTag(std::optional<SnippetKind> kind);
     void textHasChanged();
     void showHidden();
+    void noteTextBefore(const QString& before);
+    void noteTitle();
+    void changeText(const QString& text);
+    void tellEdited(const QString& after);
     void takeBase();
-    void stopPause();
 
     std::shared_ptr<SnippetsDatabase> m_database;
     std::shared_ptr<Snippet> m_snippet;
@@ -87,6 +92,8 @@ private:
     QByteArray m_base;                   // the text of the record when the editor last agreed with it
     EditedText m_edited;                 // what that has become by what was typed, and how it is shown
     std::optional<QString> m_textBefore; // all that was typed and kept, and not yet told
+    /// The title since m_textBefore, where that was made of the text then.
+    std::optional<QString> m_titleOfText;
     std::shared_ptr<NSTimer> m_pause;
     bool m_isLoading = false;
 };

@@ -18,7 +18,7 @@ const QString& listFileType() {
 } // namespace
 
 std::optional<SnippetExportResult> exportWithPanels(const std::vector<std::shared_ptr<Snippet>>& snippets,
-                                                    bool areFound, NSWindow& window) {
+                                                    bool areFound, const QString& databasePath, NSWindow& window) {
     const QString count = numbered(static_cast<qint64>(snippets.size()), "snippet", "snippets");
     const auto alert = LTHUDAlert::alertWithMessageText(
         (areFound ? QStringLiteral("Export the %1 found?") : QStringLiteral("Export %1?")).arg(count),
@@ -38,5 +38,9 @@ std::optional<SnippetExportResult> exportWithPanels(const std::vector<std::share
     if (panel.runModalForDirectory(documents, name) != NSFileHandlingPanelOKButton) {
         return std::nullopt;
     }
-    return isList ? exportToPropertyList(snippets, panel.filename()) : exportToFolder(snippets, panel.filename());
+    const QString path = panel.filename();
+    if (leadToOneFile(path, databasePath)) {
+        return SnippetExportResult{.count = 0, .problem = path + QStringLiteral(": is the database itself")};
+    }
+    return isList ? exportToPropertyList(snippets, path) : exportToFolder(snippets, path);
 }

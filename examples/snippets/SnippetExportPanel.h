@@ -8,6 +8,8 @@
 class NSWindow;
 
 /// Asks, as a sheet over `window`, in which form `snippets` are to be exported, then where to, and exports them.
-/// `areFound` says that these are not all there are. Nothing where the person wants none of it after all.
+/// `areFound` says that these are not all there are. The file of the open database, at `databasePath`, is refused.
+/// Nothing where the person wants none of it after all.
 [[nodiscard]] std::optional<SnippetExportResult> exportWithPanels(const std::vector<std::shared_ptr<Snippet>>& snippets,
-                                                                  bool areFound, NSWindow& window);
+                                                                  bool areFound, const QString& databasePath,
+                                                                  NSWindow& window);

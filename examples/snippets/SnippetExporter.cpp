@@ -3,14 +3,15 @@
 
 #include "Snippet.h"
 #include "SnippetListFile.h"
+#include "TitleText.h"
 
 #include <VXKit/platform/foundation/AtomicFile.h>
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QRegularExpression>
-#include <QSet>
 #include <QTemporaryDir>
 
 #include <cerrno>
@@ -22,6 +23,7 @@
 namespace {
 
 constexpr qsizetype longestFileName = 160; // bytes, with room for a number and an extension
+constexpr qsizetype mostOfTitle = 1024;    // characters that are looked at
 
 QString systemReason(int error) {
     return QString::fromLocal8Bit(std::strerror(error));
@@ -33,14 +35,37 @@ QString numberedName(const QString& name, int number) {
     return QStringLiteral("%1 %2%3").arg(name.first(dot)).arg(number).arg(name.sliced(dot));
 }
 
-/// Names that differ in their capitals alone are one on many file systems.
-QString uniqueName(const QString& wanted, QSet<QString>& taken) {
-    QString name = wanted;
-    for (int number = 2; taken.contains(name.toCaseFolded()); ++number) {
-        name = numberedName(wanted, number);
+/// Names for files in one folder. Those that differ in their capitals alone are one on many file systems.
+class UniqueNames {
+public:
+    QString nameFor(const QString& wanted) {
+        const QString folded = wanted.toCaseFolded();
+        if (!m_lastNumbers.contains(folded)) {
+            m_lastNumbers.insert(folded, 1);
+            return wanted;
+        }
+        int number = m_lastNumbers.value(folded);
+        QString name;
+        do {
+            name = numberedName(wanted, ++number);
+        } while (m_lastNumbers.contains(name.toCaseFolded()));
+        m_lastNumbers.insert(folded, number);
+        m_lastNumbers.insert(name.toCaseFolded(), 1);
+        return name;
     }
-    taken.insert(name.toCaseFolded());
-    return name;
+
+private:
+    QHash<QString, int> m_lastNumbers; // that were tried, by the folded names that are taken
+};
+
+/// Where the content of a file lies, or will lie when it is made.
+QString placeAfterLinks(const QString& path) {
+    constexpr int mostLinks = 40; // as many as the system follows
+    QFileInfo info(path);
+    for (int links = 0; links < mostLinks && info.isSymLink(); ++links) {
+        info.setFile(info.symLinkTarget());
+    }
+    return QDir(QFileInfo(info.absolutePath()).canonicalFilePath()).filePath(info.fileName());
 }
 
 /// Brings all files of a folder to the disk at once; one by one it would take minutes for thousands.
@@ -55,11 +80,11 @@ bool bringToDisk(const QString& folder) {
 }
 
 QString writeFiles(const std::vector<std::shared_ptr<Snippet>>& snippets, const QDir& folder) {
-    QSet<QString> taken;
+    UniqueNames names;
     for (const std::shared_ptr<Snippet>& snippet : snippets) {
         const QByteArray& text = snippet->utf8Text();
         NSError error;
-        const QString path = folder.filePath(uniqueName(fileNameForTitle(snippet->title()), taken));
+        const QString path = folder.filePath(names.nameFor(fileNameForTitle(snippet->title())));
         if (!VXWriteFileInPlace(path, {text.constData(), static_cast<std::size_t>(text.size())}, &error)) {
             return error.localizedDescription;
         }
@@ -110,12 +135,25 @@ SnippetExportResult exportToFolder(const std::vector<std::shared_ptr<Snippet>>& 
     return {.count = snippets.size(), .problem = {}};
 }
 
+bool leadToOneFile(const QString& path, const QString& other) {
+    const auto state = VXStateOfFile(QFile::encodeName(path));
+    const auto otherState = VXStateOfFile(QFile::encodeName(other));
+    if (state && otherState) {
+        return state->device == otherState->device && state->inode == otherState->inode;
+    }
+    return placeAfterLinks(path) == placeAfterLinks(other);
+}
+
 QString fileNameForTitle(const QString& title) {
     // What the file systems of other computers refuse is left out as well.
     static const QRegularExpression refused(QStringLiteral(R"([\x00-\x1f\x7f/\\:*?"<>|]+)"));
     static const QRegularExpression dotsAndBlanks(QStringLiteral(R"(^[\s.]+|[\s.]+$)"));
     static const QRegularExpression extension(QStringLiteral(R"(^.*[^.\s]\.[A-Za-z][A-Za-z0-9]{0,4}$)"));
-    QString name = QString(title).replace(refused, QStringLiteral("-")).remove(dotsAndBlanks).simplified();
+    QString name = beginning(title, mostOfTitle)
+                       .toString()
+                       .replace(refused, QStringLiteral("-"))
+                       .remove(dotsAndBlanks)
+                       .simplified();
     const bool hasExtension = extension.match(name).hasMatch();
     const QString ending = hasExtension ? name.sliced(name.lastIndexOf(QLatin1Char('.'))) : QStringLiteral(".txt");
     if (hasExtension) {

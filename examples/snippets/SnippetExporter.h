@@ -25,5 +25,8 @@ struct SnippetExportResult {
 [[nodiscard]] SnippetExportResult exportToFolder(const std::vector<std::shared_ptr<Snippet>>& snippets,
                                                  const QString& path);
 
+/// Whether both paths lead to one file, by whatever names and links, be it there or still to be made.
+[[nodiscard]] bool leadToOneFile(const QString& path, const QString& other);
+
 /// What to call a file with the text of a snippet that is called `title`, so that every file system takes it.
 [[nodiscard]] QString fileNameForTitle(const QString& title);

@@ -29,26 +29,38 @@ void SnippetImportRun::stop() {
 }
 
 void SnippetImportRun::takeSlice() {
+    const QPointer<SnippetImportRun> self(this);
+    try {
+        takeSteps();
+        if (!m_importer.isDone() && m_clock.elapsed() >= m_pace.patience.count()) {
+            Q_EMIT progressed(m_importer.progress());
+        }
+    } catch (...) {
+        // The application reports it and goes on, and later imports must not wait for this one for ever.
+        if (self && m_isRunning) {
+            end();
+        }
+        throw;
+    }
+    if (!self || !m_isRunning) {
+        return;
+    }
+    if (m_importer.isDone()) {
+        end();
+    } else {
+        m_nextSlice.start();
+    }
+}
+
+void SnippetImportRun::takeSteps() {
     QElapsedTimer slice;
     slice.start();
     while (!m_importer.isDone()) {
         m_importer.takeStep();
         if (slice.elapsed() >= m_pace.slice.count()) {
-            break;
-        }
-    }
-    if (m_importer.isDone()) {
-        end();
-        return;
-    }
-    if (m_clock.elapsed() >= m_pace.patience.count()) {
-        const QPointer<SnippetImportRun> self(this);
-        Q_EMIT progressed(m_importer.progress());
-        if (!self || !m_isRunning) {
             return;
         }
     }
-    m_nextSlice.start();
 }
 
 void SnippetImportRun::end() {

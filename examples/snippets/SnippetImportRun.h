@@ -38,11 +38,12 @@ public:
 Q_SIGNALS:
     /// How far an import is that takes longer. It goes on when this returns.
     void progressed(const SnippetImportProgress& progress);
-    /// The import is over, by itself or by stop.
+    /// The import is over: by itself, by stop, or because of an exception, which goes on to the application.
     void ended(const SnippetImportResult& result);
 
 private:
     void takeSlice();
+    void takeSteps();
     void end();
 
     SnippetImporter m_importer;

@@ -68,10 +68,10 @@ QString reasonAgainst(std::string_view bytes) {
     return {};
 }
 
-QString tooLarge(qint64 size) {
+QString tooLarge(qint64 size, qint64 largest) {
     const QLocale english(QLocale::English);
     return QStringLiteral("is larger than %1 (%2)")
-        .arg(english.formattedDataSize(SnippetImporter::largestFile, 0), english.formattedDataSize(size, 1));
+        .arg(english.formattedDataSize(largest, 0), english.formattedDataSize(size, 1));
 }
 
 } // namespace
@@ -96,6 +96,7 @@ SnippetImportResult SnippetImporter::importPaths(const QStringList& paths) {
 
 void SnippetImporter::addPaths(const QStringList& paths) {
     if (isDone() && m_next == 0) {
+        forgetWhatIsHere();
         m_startTime = NSDate::date().timeIntervalSince1970();
     }
     std::vector<Place> places;
@@ -134,7 +135,7 @@ SnippetImportResult SnippetImporter::takeResult() {
     m_next = 0;
     m_listed.clear();
     m_nextListed = 0;
-    m_here.clear();
+    forgetWhatIsHere();
     return std::exchange(m_result, {});
 }
 
@@ -189,28 +190,28 @@ void SnippetImporter::lookInFolder(const Place& place) {
 }
 
 void SnippetImporter::importFile(const QString& path, const QString& name, const QString& title) {
-    // Before it is read, because of files of gigabytes; and after, because a file may grow meanwhile, or be one of
-    // those that the kernel makes up and calls empty.
     const QFileInfo info(path);
     const bool mayBeList = info.suffix().compare(QStringLiteral("plist"), Qt::CaseInsensitive) == 0;
-    if (info.isFile() && info.size() > (mayBeList ? largestList : largestFile)) {
-        refuse(name, tooLarge(info.size()));
+    const qint64 largest = mayBeList ? largestList : largestFile;
+    if (info.isFile() && info.size() > largest) {
+        // Reading refuses it too, but cannot tell how large it is.
+        refuse(name, tooLarge(info.size(), largest));
         return;
     }
     NSError error;
-    const std::optional<std::string> content = VXReadFile(path, &error);
+    const std::optional<std::string> content = VXReadFile(path, &error, static_cast<std::size_t>(largest));
     if (!content) {
         const QString prefix = path + QStringLiteral(": ");
         const QString& reason = error.localizedDescription;
         refuse(name, reason.startsWith(prefix) ? reason.sliced(prefix.size()) : reason);
         return;
     }
-    if (static_cast<qint64>(content->size()) <= largestList && isSnippetList(*content)) {
+    if (isSnippetList(*content)) {
         importList(*content, name);
         return;
     }
     if (static_cast<qint64>(content->size()) > largestFile) {
-        refuse(name, tooLarge(static_cast<qint64>(content->size())));
+        refuse(name, tooLarge(static_cast<qint64>(content->size()), largestFile));
         return;
     }
     const QString reason = reasonAgainst(*content);
@@ -228,7 +229,7 @@ void SnippetImporter::importFile(const QString& path, const QString& name, const
     }
     double realID = 0.0;
     const std::shared_ptr<Snippet> snippet =
-        _LTSnippet::emptySnippetWithUniqueIDStartingDate<Snippet>(m_startTime, &realID);
+        _LTSnippet::emptySnippetWithUniqueIDStartingDate<Snippet>(freeTimeAtOrBefore(m_startTime), &realID);
     snippet->setTitle(title);
     snippet->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
     snippet->updateModificationDateWithDate(NSDate::dateWithTimeIntervalSince1970(m_startTime));
@@ -251,7 +252,7 @@ void SnippetImporter::importList(std::string_view bytes, const QString& name) {
                                .arg(list->badRecords.size())
                                .arg(list->badRecords.front()));
     }
-    if (m_here.isEmpty()) {
+    if (m_listed.empty()) {
         for (const std::shared_ptr<_LTSnippet>& record : m_database->snippets()) {
             if (const std::optional<NSDate> identity = record->snippetID()) {
                 m_here.insert(identity->timeIntervalSince1970(), std::static_pointer_cast<Snippet>(record));
@@ -266,18 +267,18 @@ void SnippetImporter::importListed(const std::shared_ptr<Snippet>& snippet) {
     const std::optional<NSDate> identity = snippet->snippetID();
     const double time = identity ? identity->timeIntervalSince1970() : m_startTime;
     const std::shared_ptr<Snippet> here = identity ? m_here.value(time) : nullptr;
-    if (here && here->title() == snippet->title() && here->utf8Text() == snippet->utf8Text() &&
-        m_database->existsItemWithID(*identity)) {
-        const std::int64_t usesBefore = here->useCount();
+    if (here && here->title() == snippet->title() && here->utf8Text() == snippet->utf8Text() && isToStay(*here)) {
+        const auto usesBefore = std::pair(here->useCount(), here->dateOfLastUse());
         here->takeUsesOf(*snippet);
-        if (here->useCount() != usesBefore) {
+        if (std::pair(here->useCount(), here->dateOfLastUse()) != usesBefore) {
             m_database->notifyOfModificationForSnippet(here);
         }
         ++m_result.knownCount;
         return;
     }
-    if (!identity || m_database->existsItemWithID(*identity)) {
-        snippet->setSnippetID(NSDate::dateWithTimeIntervalSince1970(m_database->_freeTimeAtOrBefore(time)));
+    const double freeTime = freeTimeAtOrBefore(time);
+    if (!identity || freeTime != time) {
+        snippet->setSnippetID(NSDate::dateWithTimeIntervalSince1970(freeTime));
     }
     const std::shared_ptr<Snippet> added = m_database->putBack(snippet);
     if (const std::optional<NSDate> given = added->snippetID()) {
@@ -285,6 +286,35 @@ void SnippetImporter::importListed(const std::shared_ptr<Snippet>& snippet) {
     }
     ++m_result.importedCount;
     ++m_result.listedCount;
+}
+
+/// Whether a snippet is in the database, or held back, and will be there after a sync.
+bool SnippetImporter::isToStay(const Snippet& snippet) const {
+    const std::optional<NSDate> identity = snippet.snippetID();
+    // Of one in the main list, as most are, that is known without looking through it.
+    const bool isInMainList = identity && m_database->existsItemWithID(*identity);
+    return isInMainList ? !m_database->isLeaving(snippet) : m_database->holds(snippet);
+}
+
+void SnippetImporter::forgetWhatIsHere() {
+    // What a sync holds back is in no list of the database's before its end, and may be imported once more until then.
+    if (!m_database->holdsChangesBack()) {
+        m_here.clear();
+        m_nextTimes.clear();
+    }
+}
+
+/// The first free instant going back from `wanted` in whole seconds. The database knows nothing of those that it holds
+/// back during a sync.
+double SnippetImporter::freeTimeAtOrBefore(double wanted) {
+    const auto freeInDatabase = [this](double time) { return m_database->_freeTimeAtOrBefore(time); };
+    double time = freeInDatabase(m_nextTimes.value(wanted, wanted));
+    while (m_nextTimes.contains(time)) {
+        time = freeInDatabase(m_nextTimes.value(time));
+    }
+    m_nextTimes.insert(time, time - 1);
+    m_nextTimes.insert(wanted, time - 1);
+    return time;
 }
 
 void SnippetImporter::refuse(const QString& name, const QString& reason) {

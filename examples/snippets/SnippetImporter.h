@@ -100,6 +100,9 @@ private:
     void importFile(const QString& path, const QString& name, const QString& title);
     void importList(std::string_view bytes, const QString& name);
     void importListed(const std::shared_ptr<Snippet>& snippet);
+    void forgetWhatIsHere();
+    [[nodiscard]] bool isToStay(const Snippet& snippet) const;
+    [[nodiscard]] double freeTimeAtOrBefore(double wanted);
     void refuse(const QString& name, const QString& reason);
 
     std::shared_ptr<SnippetsDatabase> m_database;
@@ -109,6 +112,7 @@ private:
     std::vector<std::shared_ptr<Snippet>> m_listed; // of the property lists that were read
     std::size_t m_nextListed = 0;
     QHash<double, std::shared_ptr<Snippet>> m_here; // by identity, while lists are imported
+    QHash<double, double> m_nextTimes;              // from identities that were given to where to look for a free one
     double m_startTime = 0.0;
     SnippetImportResult m_result;
 };

@@ -43,9 +43,10 @@ bool mayRemove(const Snippet& snippet, NSWindow& window) {
 }
 
 std::optional<QString> askForTitle(const Snippet& snippet, NSWindow& window) {
-    const auto alert = LTHUDAlert::inputAlertWithMessageText(QStringLiteral("New title:"), snippet.title());
+    const QString offered = snippet.shownTitle();
+    const auto alert = LTHUDAlert::inputAlertWithMessageText(QStringLiteral("New title:"), offered);
     alert->setMessage(QStringLiteral("Rename ") + quotedTitle(snippet.title()));
     alert->setDefaultButtonTitle(QStringLiteral("Re&name"));
     const QString title = alert->runInputSheetModalForWindow(window).value_or(QString()).trimmed();
-    return title.isEmpty() || title == snippet.title() ? std::nullopt : std::optional(title);
+    return title.isEmpty() || title == offered.trimmed() ? std::nullopt : std::optional(title);
 }

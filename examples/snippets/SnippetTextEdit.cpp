@@ -2,6 +2,7 @@
 #include "SnippetTextEdit.h"
 
 #include "Appearance.h"
+#include "TextChange.h"
 
 #include <QDragEnterEvent>
 #include <QFocusEvent>
@@ -33,14 +34,11 @@ QString SnippetTextEdit::text() const {
 
 void SnippetTextEdit::changeText(const QString& text) {
     const QString before = this->text();
-    const auto shorter = static_cast<std::ptrdiff_t>(std::min(before.size(), text.size()));
-    const auto begin = std::mismatch(before.begin(), before.begin() + shorter, text.begin()).first - before.begin();
-    const auto end =
-        std::mismatch(before.rbegin(), before.rbegin() + (shorter - begin), text.rbegin()).first - before.rbegin();
+    const TextChange change = TextChange::between(before, text);
     QTextCursor cursor(document());
-    cursor.setPosition(static_cast<int>(begin));
-    cursor.setPosition(static_cast<int>(before.size() - end), QTextCursor::KeepAnchor);
-    cursor.insertText(text.sliced(begin, text.size() - begin - end));
+    cursor.setPosition(static_cast<int>(change.begin));
+    cursor.setPosition(static_cast<int>(before.size() - change.end), QTextCursor::KeepAnchor);
+    cursor.insertText(change.inserted);
 }
 
 void SnippetTextEdit::appendHidden(const QString& text) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "SnippetsApplication.h"
 
+#include "../Complaint.h"
 #include "AboutWindow.h"
 #include "Appearance.h"
 #include "SmallText.h"
@@ -25,8 +26,6 @@
 #include <QMetaObject>
 #include <QShortcut>
 
-#include <cstdio>
-
 namespace {
 
 constexpr std::size_t newestCount = 5; // snippets in the menu
@@ -37,10 +36,6 @@ constexpr const char* helpURLKey = "HelpURL"; // of a newer help than the progra
 QString menuTitle(const Snippet& snippet) {
     QString title = shortTitle(snippet.title().isEmpty() ? QStringLiteral("Untitled") : snippet.title());
     return title.replace(QLatin1Char('&'), QStringLiteral("&&"));
-}
-
-void complain(const QString& line) {
-    std::fprintf(stderr, "%s: %s\n", qPrintable(QCoreApplication::applicationName()), line.toUtf8().constData());
 }
 
 } // namespace
@@ -69,12 +64,6 @@ bool SnippetsApplication::start() {
     openDatabase();
 
     NSNotificationCenter& centre = NSNotificationCenter::defaultCenter();
-    m_statusItemDidMove = centre.addObserverForName(
-        NSWindowDidMoveNotification, m_statusItemView->window(), [this](const NSNotification&) {
-            if (m_window->isVisible()) {
-                m_window->setFrame(m_window->constrainFrameRect(m_window->frame()), true);
-            }
-        });
     const auto follow = [this](const NSNotification&) {
         // What the window does by itself was settled when it was made.
         if (!shouldCloseMainWindowOnDeactivate()) {

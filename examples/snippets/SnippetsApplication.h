@@ -121,7 +121,6 @@ private:
     QAction* m_newestEnd = nullptr; // the separator below them
     bool m_newestAreStale = false;
     NSNotificationObservation m_databaseWasModified;
-    NSNotificationObservation m_statusItemDidMove;
     NSNotificationObservation m_didBecomeActive;
     NSNotificationObservation m_didResignActive;
     NSNotificationObservation m_willTerminate;

@@ -3,6 +3,8 @@
 
 #include "Snippet.h"
 
+#include <VXKit/platform/foundation/NSNotificationCenter.h>
+
 #include <QFile>
 #include <QScopedValueRollback>
 
@@ -84,12 +86,24 @@ void SnippetsDatabase::removeSnippet(const std::shared_ptr<_LTSnippet>& snippet)
 
 void SnippetsDatabase::notifyOfModificationForSnippet(const std::shared_ptr<_LTSnippet>& snippet) {
     const QScopedValueRollback<Change> change(m_change, {Change::Kind::Modification, snippet.get()});
+    const std::size_t heldBackCount = _layawayEdits.size();
     LTDatabase::notifyOfModificationForSnippet(snippet);
+    if (_layawayEdits.size() > heldBackCount) {
+        // The list waits for the end of the sync; the record has changed already, and is shown as it is.
+        NSNotificationCenter::defaultCenter().postNotificationName(LTSnippetDBWasModifiedNotification, this);
+    }
 }
 
 bool SnippetsDatabase::isLeaving(const _LTSnippet& snippet) const {
     return std::any_of(_layawayRemovals.begin(), _layawayRemovals.end(),
                        [&](const std::shared_ptr<_LTSnippet>& removed) { return removed.get() == &snippet; });
+}
+
+bool SnippetsDatabase::hasLeavingSnippets() const {
+    return std::any_of(_layawayRemovals.begin(), _layawayRemovals.end(), [this](const auto& removed) {
+        const std::optional<NSDate> identity = removed->snippetID();
+        return !identity || existsItemWithID(*identity);
+    });
 }
 
 std::shared_ptr<Snippet> SnippetsDatabase::copyUnderFreeIdentity(const Snippet& snippet) {

@@ -47,12 +47,13 @@ public:
 
     void addSnippet(const std::shared_ptr<_LTSnippet>& snippet) override;
     void removeSnippet(const std::shared_ptr<_LTSnippet>& snippet) override;
+    /// Posts the notification also while a sync holds the change back from the list.
     void notifyOfModificationForSnippet(const std::shared_ptr<_LTSnippet>& snippet) override;
 
     /// Whether a snippet that is still in the list was removed during a sync and will be gone at its end.
     [[nodiscard]] bool isLeaving(const _LTSnippet& snippet) const;
-    /// Whether there may be such snippets.
-    [[nodiscard]] bool hasLeavingSnippets() const { return !_layawayRemovals.empty(); }
+    /// Whether there are such snippets. Costs a look for each that was removed during any sync so far.
+    [[nodiscard]] bool hasLeavingSnippets() const;
 
     /// A copy that no snippet shares its identity with. It is not in the database.
     [[nodiscard]] static std::shared_ptr<Snippet> copyUnderFreeIdentity(const Snippet& snippet);

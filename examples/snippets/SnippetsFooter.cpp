@@ -3,6 +3,7 @@
 
 #include "Appearance.h"
 #include "ElidedLabel.h"
+#include "StopTimer.h"
 
 #include <VXKit/platform/foundation/NSTimer.h>
 
@@ -48,7 +49,7 @@ SnippetsFooter::SnippetsFooter(QWidget* parent) : QWidget(parent), m_status(new 
 }
 
 SnippetsFooter::~SnippetsFooter() {
-    stopSaying();
+    stopTimer(m_statusTimer);
 }
 
 QPushButton* SnippetsFooter::addButton(const QString& title, const QString& toolTip) {
@@ -64,12 +65,12 @@ QPushButton* SnippetsFooter::addButton(const QString& title, const QString& tool
 
 void SnippetsFooter::setCount(const QString& count) {
     m_count = count;
-    stopSaying();
+    stopTimer(m_statusTimer);
     m_status->setText(count);
 }
 
 void SnippetsFooter::sayForAWhile(const QString& status) {
-    stopSaying();
+    stopTimer(m_statusTimer);
     m_status->setText(status);
     m_statusTimer = NSTimer::scheduledTimerWithTimeInterval(statusTime, NSTimerRepeats::No,
                                                             [this](NSTimer&) { m_status->setText(m_count); });
@@ -82,12 +83,5 @@ QString SnippetsFooter::text() const {
 void SnippetsFooter::setHasSelection(bool hasSelection) {
     for (QPushButton* button : {m_rename, m_remove, m_copy}) {
         button->setEnabled(hasSelection);
-    }
-}
-
-void SnippetsFooter::stopSaying() {
-    if (m_statusTimer) {
-        m_statusTimer->invalidate();
-        m_statusTimer.reset();
     }
 }

@@ -41,7 +41,6 @@ Q_SIGNALS:
 
 private:
     QPushButton* addButton(const QString& title, const QString& toolTip);
-    void stopSaying();
 
     ElidedLabel* m_status;
     QPushButton* m_rename = nullptr;

@@ -82,6 +82,10 @@ QModelIndex SnippetsListModel::indexOf(const _LTSnippet& snippet) const {
     return {};
 }
 
+bool SnippetsListModel::lists(const _LTSnippet& snippet) const {
+    return m_entriesOfRecords.contains(&snippet);
+}
+
 std::vector<std::shared_ptr<Snippet>> SnippetsListModel::newest(std::size_t count) const {
     std::vector<std::shared_ptr<Snippet>> snippets;
     for (std::size_t index = 0; index < std::min(count, m_entries.size()); ++index) {
@@ -101,7 +105,7 @@ QVariant SnippetsListModel::data(const QModelIndex& index, int role) const {
     }
     switch (role) {
     case Qt::DisplayRole: {
-        const QString title = snippet->title();
+        const QString title = snippet->shownTitle();
         return title.isEmpty() ? QStringLiteral("Untitled") : title;
     }
     case FirstLineRole:

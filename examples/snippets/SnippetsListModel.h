@@ -57,6 +57,8 @@ public:
 
     /// The row of a record; invalid where it is not shown.
     [[nodiscard]] QModelIndex indexOf(const _LTSnippet& snippet) const;
+    /// Whether a record is shown where no search leaves it out.
+    [[nodiscard]] bool lists(const _LTSnippet& snippet) const;
 
     /// The newest `count` snippets, or all where there are fewer, whatever the search.
     [[nodiscard]] std::vector<std::shared_ptr<Snippet>> newest(std::size_t count) const;

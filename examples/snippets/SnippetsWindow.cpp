@@ -16,6 +16,7 @@
 #include "SnippetsListModel.h"
 #include "SnippetsListView.h"
 #include "SnippetsWindowLayout.h"
+#include "StopTimer.h"
 #include "TitleText.h"
 #include "sync/SnippetsSyncManager.h"
 
@@ -51,13 +52,6 @@ constexpr int sliceTime = 4;         // milliseconds
 NSSize limitedSize(const NSSize& size, const NSSize& least, const NSSize& largest) {
     return {std::max(least.width, std::min(size.width, largest.width)),
             std::max(least.height, std::min(size.height, largest.height))};
-}
-
-void stop(std::shared_ptr<NSTimer>& timer) {
-    if (timer) {
-        timer->invalidate();
-        timer.reset();
-    }
 }
 
 QString dropText(const DraggedContent& content) {
@@ -97,9 +91,9 @@ SnippetsWindow::~SnippetsWindow() {
     // As long as there is a window that hears of it: Qt takes the keyboard from the text in the middle of the end.
     m_detail->keep();
     disconnect(m_model, nullptr, this, nullptr);
-    stop(m_undoTimer);
-    stop(m_clockTimer);
-    stop(m_searchTimer);
+    stopTimer(m_undoTimer);
+    stopTimer(m_clockTimer);
+    stopTimer(m_searchTimer);
 }
 
 void SnippetsWindow::restoreLayout() {
@@ -201,13 +195,20 @@ void SnippetsWindow::renameSelected() {
     const QPointer<SnippetsWindow> self(this);
     m_detail->endEditing();
     const std::optional<QString> title = askForTitle(*selected, *this);
-    if (self && title) {
-        noteLatestAction();
-        m_history.noteTitle(selected, selected->title(), *title);
-        selected->rename(*title, NSDate::date());
-        m_database->notifyOfModificationForSnippet(selected);
-        m_footer->sayForAWhile(QStringLiteral("Renamed to ") + quotedTitle(*title));
+    if (!self || !title) {
+        return;
     }
+    if (!m_database->holds(*selected)) {
+        // Somebody else has removed it meanwhile.
+        m_footer->sayForAWhile(quotedTitle(selected->title()) + QStringLiteral(" is no longer here"));
+        return;
+    }
+    noteLatestAction();
+    const QString before = selected->title();
+    selected->rename(*title, NSDate::date());
+    m_history.noteTitle(selected, before, selected->title());
+    m_database->notifyOfModificationForSnippet(selected);
+    m_footer->sayForAWhile(QStringLiteral("Renamed to ") + quotedTitle(selected->title()));
 }
 
 void SnippetsWindow::askToRemoveSelected() {
@@ -231,7 +232,7 @@ void SnippetsWindow::removeSelected() {
     const std::size_t count = m_history.openRemovalCount();
     m_undoBar->showMessage(count == 1 ? QStringLiteral("Removed ") + quotedTitle(selected->title())
                                       : QStringLiteral("Removed %1 snippets").arg(count));
-    stop(m_undoTimer);
+    stopTimer(m_undoTimer);
     m_undoTimer =
         NSTimer::scheduledTimerWithTimeInterval(undoTime, NSTimerRepeats::No, [this](NSTimer&) { closeRemovals(); });
 }
@@ -274,7 +275,7 @@ void SnippetsWindow::noteLatestAction() {
 void SnippetsWindow::closeRemovals() {
     m_history.closeRemoval();
     m_undoBar->hide();
-    stop(m_undoTimer);
+    stopTimer(m_undoTimer);
 }
 
 void SnippetsWindow::exportSnippets() {
@@ -288,7 +289,8 @@ void SnippetsWindow::exportSnippets() {
         return;
     }
     const QPointer<SnippetsWindow> self(this);
-    const std::optional<SnippetExportResult> result = exportWithPanels(snippets, m_model->isSearching(), *this);
+    const std::optional<SnippetExportResult> result =
+        exportWithPanels(snippets, m_model->isSearching(), m_database->path(), *this);
     if (!self || !result) {
         return;
     }
@@ -343,7 +345,7 @@ void SnippetsWindow::tellSync(const SyncReport& report) {
 
 void SnippetsWindow::selectSnippet(const _LTSnippet& snippet) {
     QModelIndex index = m_model->indexOf(snippet);
-    if (!index.isValid()) {
+    if (!index.isValid() && m_model->lists(snippet)) {
         // A search that it does not match hides it.
         m_search->clear();
         index = m_model->indexOf(snippet);
@@ -419,8 +421,8 @@ void SnippetsWindow::hideEvent(QHideEvent* event) {
     if (event->spontaneous()) {
         return;
     }
-    stop(m_clockTimer);
-    stop(m_searchTimer);
+    stopTimer(m_clockTimer);
+    stopTimer(m_searchTimer);
     m_dropMark->hide();
     m_detail->endEditing();
     saveLayout();

@@ -139,6 +139,7 @@ void SnippetsWindow::connectWidgets() {
     });
     connect(m_model, &QAbstractItemModel::rowsRemoved, this, &SnippetsWindow::updateCount);
     connect(m_model, &QAbstractItemModel::dataChanged, this, [this] { m_detail->showSnippet(selectedSnippet()); });
+    connect(m_detail, &SnippetDetail::typed, this, &SnippetsWindow::noteLatestAction);
     connect(m_detail, &SnippetDetail::edited, this,
             [this](const std::shared_ptr<Snippet>& snippet, const QString& before, const QString& after) {
                 noteLatestAction();

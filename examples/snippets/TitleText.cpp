@@ -8,7 +8,7 @@ constexpr qsizetype longestTitle = 40; // characters
 } // namespace
 
 QString shortTitle(const QString& title) {
-    return title.size() > longestTitle ? title.first(longestTitle - 1).trimmed() + QChar(u'…') : title;
+    return title.size() > longestTitle ? beginning(title, longestTitle - 1).trimmed().toString() + QChar(u'…') : title;
 }
 
 QString quotedTitle(const QString& title) {

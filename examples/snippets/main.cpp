@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "../Complaint.h"
 #include "SnippetsApplication.h"
 #include "SnippetsTour.h"
 
@@ -8,7 +9,6 @@
 #include <QFileInfo>
 #include <QTimer>
 
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -18,10 +18,6 @@ namespace {
 
 using Answer = RunningInstance::Answer;
 using Request = RunningInstance::Request;
-
-void complain(const QString& line) {
-    std::fprintf(stderr, "%s: %s\n", qPrintable(QCoreApplication::applicationName()), line.toUtf8().constData());
-}
 
 /// What the program is started for.
 class CommandLine {

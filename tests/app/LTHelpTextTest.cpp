@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "../MadeUpFile.h"
 #include "HelpHost.h"
 
 #include <QBuffer>
@@ -67,6 +68,13 @@ TEST_F(TextHelpWindow, FailsForPagesWithoutAnEnd) {
     show(server.url());
     EXPECT_TRUE(isFailureShown());
     EXPECT_EQ(reason(), "The page is too large.");
+}
+
+TEST_F(TextHelpWindow, FailsForFilesWithoutAnEnd) {
+    const MadeUpFile file;
+    show(QUrl::fromLocalFile(QString::fromLatin1(MadeUpFile::path)));
+    EXPECT_TRUE(isFailureShown());
+    EXPECT_THAT(reason(), HasSubstr("cannot read so much")) << "and not all of it first";
 }
 
 TEST_F(TextHelpWindow, FailsForElementsThatLieTooDeep) {

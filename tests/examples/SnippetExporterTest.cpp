@@ -124,6 +124,22 @@ TEST_F(SnippetExporterTest, WhatIsHereJustSoIsLeftAlone) {
     EXPECT_EQ(all()[2]->snippetID(), dateAt(0.0)) << "the first free date before";
 }
 
+TEST_F(SnippetExporterTest, ALaterUseThatIsTakenOverIsKept) {
+    const std::shared_ptr<Snippet> used = add(1.0, "Used");
+    used->noteUse(dateAt(50));
+    ASSERT_EQ(exportToPropertyList(all(), path("list.plist")).problem, QString());
+    *used = *makeSnippet(1.0, "Used");
+    used->noteUse(dateAt(40));
+    database->saveDB();
+    EXPECT_EQ(import(path("list.plist")).knownCount, 1U);
+    EXPECT_EQ(used->dateOfLastUse(), dateAt(50));
+    EXPECT_TRUE(SnippetsDatabase::isDirty());
+
+    database->saveDB();
+    EXPECT_EQ(import(path("list.plist")).knownCount, 1U);
+    EXPECT_FALSE(SnippetsDatabase::isDirty()) << "there is nothing new in it";
+}
+
 TEST_F(SnippetExporterTest, ACopyOfTheDatabaseIsReadToo) {
     add(1.0, "Kept");
     database->saveDB();
@@ -210,6 +226,51 @@ TEST_F(SnippetExporterTest, AFolderGetsATextFileForEach) {
         << "and leaves nothing beside it";
 }
 
+TEST_F(SnippetExporterTest, NumbersTellFilesOfOneNameApart) {
+    int age = 0;
+    for (const char* title : {"A", "a", "A 2", "a 2", "A", "A 4", "A"}) {
+        add(++age, title);
+    }
+    ASSERT_EQ(exportToFolder(all(), path("texts")).count, 7U);
+    EXPECT_THAT(names(),
+                UnorderedElementsAre("A.txt", "a 2.txt", "A 2 2.txt", "a 2 3.txt", "A 3.txt", "A 4.txt", "A 5.txt"));
+}
+
+TEST_F(SnippetExporterTest, EndlessTitlesGiveShortNames) {
+    constexpr qsizetype length = 5'000'000;
+    EXPECT_EQ(fileNameForTitle(QString(length, QLatin1Char('x'))),
+              QString(160, QLatin1Char('x')) + QStringLiteral(".txt"));
+    EXPECT_EQ(fileNameForTitle(QLatin1Char('a') + QString(length, QLatin1Char(' ')) + QLatin1Char('b')),
+              QStringLiteral("a.txt"));
+    QString faces;
+    for (int count = 0; count < 1000; ++count) {
+        faces += QStringLiteral("\U0001F600");
+    }
+    for (const char* shift : {"", "x"}) {
+        const QString faceName = fileNameForTitle(QLatin1String(shift) + faces);
+        EXPECT_EQ(QString::fromUtf8(faceName.toUtf8()), faceName) << "no half of one";
+        EXPECT_LE(faceName.toUtf8().size(), 164);
+    }
+}
+
+TEST_F(SnippetExporterTest, OneFileIsKnownByAllItsNames) {
+    ASSERT_TRUE(QDir().mkpath(path("folder")));
+    ASSERT_TRUE(QFile::link(path("folder"), path("other")));
+    ASSERT_TRUE(QFile::link(QStringLiteral("folder/there"), path("link")));
+    for (const bool isThere : {false, true}) {
+        if (isThere) {
+            write("folder/there", "content");
+        }
+        for (const char* alias : {"folder/there", "folder/../folder/there", "other/there", "link"}) {
+            EXPECT_TRUE(leadToOneFile(path(alias), path("folder/there"))) << alias << ' ' << isThere;
+        }
+        EXPECT_FALSE(leadToOneFile(path("folder/other"), path("folder/there")));
+        EXPECT_FALSE(leadToOneFile(path("there"), path("folder/there")));
+    }
+    write("there", "content");
+    EXPECT_FALSE(leadToOneFile(path("there"), path("folder/there")));
+}
+
 TEST_F(SnippetExporterTest, AFolderWithSomethingInItStaysAsItIs) {
     add(1.0, "One");
     ASSERT_TRUE(QDir().mkpath(path("texts")));
@@ -271,6 +332,22 @@ TEST_F(SnippetsExport, SaysWhyNothingWasWritten) {
     auto* const bar = window->findChild<MessageBar*>(QStringLiteral("messageBar"));
     EXPECT_TRUE(bar->isVisible());
     EXPECT_THAT(bar->text().toStdString(), HasSubstr("Not exported: /proc/list.plist"));
+}
+
+TEST_F(SnippetsExport, TheDatabaseItselfIsNotReplaced) {
+    database->saveDB();
+    const std::optional<NSDictionary> before = NSDictionary::dictionaryWithContentsOfFile(database->path());
+    type("middle");
+    whenAsked(Qt::Key_Return);
+    {
+        Steps steps;
+        steps.addForFileDialog([&](QFileDialog& dialog) { enterName(dialog, database->path()); });
+        steps.addForQuestion([](QMessageBox& question) { question.button(QMessageBox::Yes)->click(); });
+        window->exportSnippets();
+    }
+    EXPECT_EQ(window->findChild<MessageBar*>(QStringLiteral("messageBar"))->text(),
+              QStringLiteral("Not exported: %1: is the database itself").arg(database->path()));
+    EXPECT_EQ(NSDictionary::dictionaryWithContentsOfFile(database->path()), before);
 }
 
 } // namespace

@@ -3,6 +3,9 @@
 
 #include <SnippetImportRun.h>
 
+#include <VXKit/platform/appkit/NSApplication.h>
+#include <VXKit/platform/foundation/NSNotificationCenter.h>
+
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
@@ -12,6 +15,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <vector>
 
@@ -153,6 +157,36 @@ TEST_F(SnippetImportRunTest, ImportsWhatComesMeanwhileAfterwards) {
                 testing::ElementsAre("many-0.txt", "many-1.txt", "many-2.txt", "others-0.txt", "others-1.txt"));
     EXPECT_EQ(endings, 1);
     EXPECT_EQ(result->importedCount, 5U);
+}
+
+TEST_F(SnippetImportRunTest, EndsAtAnExceptionAndLetsLaterImportsRun) {
+    int exceptions = 0;
+    NSSetUncaughtExceptionHandler([&](const NSException&) { ++exceptions; });
+    auto observation = NSNotificationCenter::defaultCenter().addObserverForName(
+        LTSnippetDBWasModifiedNotification, database.get(), [](const NSNotification&) { throw std::bad_alloc(); });
+    run.importPaths({folderOf("many", 3)});
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(endings, 1);
+    EXPECT_EQ(exceptions, 1);
+    EXPECT_TRUE(result->wasStopped);
+
+    observation = {};
+    run.importPaths({folderOf("others", 2)});
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(endings, 2);
+    EXPECT_THAT(titles(), testing::ElementsAre("many-0.txt", "others-0.txt", "others-1.txt"));
+    NSSetUncaughtExceptionHandler({});
+}
+
+TEST_F(SnippetImportRunTest, EndsAtAnExceptionOfWhomItTells) {
+    int exceptions = 0;
+    NSSetUncaughtExceptionHandler([&](const NSException&) { ++exceptions; });
+    whenTold = [](const SnippetImportProgress&) { throw std::bad_alloc(); };
+    run.importPaths({folderOf("many", 3)});
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(endings, 1);
+    EXPECT_EQ(exceptions, 1);
+    NSSetUncaughtExceptionHandler({});
 }
 
 TEST_F(SnippetImportRunTest, MayDieWhileItTells) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "../MadeUpFile.h"
 #include "SnippetsHost.h"
 
 #include <SnippetImporter.h>
@@ -124,6 +125,19 @@ TEST_F(SnippetImporterTest, RefusesWhatCannotBeRead) {
     ASSERT_EQ(result.refusals.size(), 1U);
     EXPECT_EQ(result.refusals.front().description(),
               QStringLiteral("/proc/self/mem: cannot read: ") + systemReason(EIO));
+}
+
+TEST_F(SnippetImporterTest, RefusesAFileWithoutAnEndAndGoesOn) {
+    const QString endless = path(QStringLiteral("folder/a.txt"));
+    write(QStringLiteral("folder/b.txt"), "text");
+    ASSERT_TRUE(QFile::link(QString::fromLatin1(MadeUpFile::path), endless));
+    const MadeUpFile file;
+    const SnippetImportResult result = import({path(QStringLiteral("folder"))});
+    EXPECT_THAT(titles(), ElementsAre("b.txt"));
+    ASSERT_EQ(result.refusals.size(), 1U);
+    EXPECT_EQ(result.refusals.front().description(),
+              endless + QStringLiteral(": cannot read so much: ") + systemReason(EFBIG))
+        << "and not all of it first";
 }
 
 TEST_F(SnippetImporterTest, RefusesAPipeWithoutWaitingForIt) {

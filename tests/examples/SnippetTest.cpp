@@ -158,6 +158,30 @@ TEST(Snippet, TitleForATextIsItsFirstLineWithWords) {
     EXPECT_TRUE(shortened.endsWith(QChar(u'…')));
 }
 
+TEST(Snippet, TitleFollowsTheTextItWasMadeOf) {
+    Snippet snippet;
+    snippet.setText(QStringLiteral("one\ttwo\nthree"));
+    snippet.setTitle(Snippet::titleForText(snippet.text()));
+    snippet.changeText(QStringLiteral("four"), dateAt(1.0));
+    EXPECT_EQ(snippet.title(), QStringLiteral("four"));
+    snippet.changeText(QString(), dateAt(2.0));
+    EXPECT_EQ(snippet.title(), QStringLiteral("four"));
+    snippet.changeText(QStringLiteral("five"), dateAt(3.0));
+    EXPECT_EQ(snippet.title(), QStringLiteral("four"));
+    snippet.changeText(QStringLiteral("six"), dateAt(4.0), Snippet::TitleFollows::Yes);
+    EXPECT_EQ(snippet.title(), QStringLiteral("six"));
+    snippet.changeText(QStringLiteral("seven"), dateAt(5.0), Snippet::TitleFollows::No);
+    EXPECT_EQ(snippet.title(), QStringLiteral("six"));
+}
+
+TEST(Snippet, TitleIsShownUpToALengthThatNoListShows) {
+    Snippet snippet;
+    snippet.setTitle(QStringLiteral("Title"));
+    EXPECT_EQ(snippet.shownTitle(), QStringLiteral("Title"));
+    snippet.setTitle(QString(239, u'x') + QStringLiteral("\U0001F600"));
+    EXPECT_EQ(snippet.shownTitle(), QString(239, u'x'));
+}
+
 TEST(Snippet, FirstLineDoesNotRepeatTheTitle) {
     Snippet snippet;
     snippet.setTitle(QStringLiteral("First"));

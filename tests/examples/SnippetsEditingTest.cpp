@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Texts that are edited in the window, and what is undone there.
-#include "SnippetsWindowHost.h"
+#include "SnippetsEditingHost.h"
 
 #include <VXKit/app/LTApplicationProtocol.h>
-#include <VXKit/platform/appkit/BlockingAnimation.h>
 #include <VXKit/platform/foundation/NSTimer.h>
 
 #include <QAccessible>
@@ -13,34 +12,7 @@
 
 namespace {
 
-class SnippetsEditing : public SnippetsWindowHost {
-protected:
-    SnippetTextEdit* editor() const { return window->findChild<SnippetTextEdit*>(QStringLiteral("preview")); }
-    MessageBar* messageBar() const { return window->findChild<MessageBar*>(QStringLiteral("messageBar")); }
-    std::shared_ptr<Snippet> selected() const { return window->selectedSnippet(); }
-    std::string selectedText() const { return selected()->text().toStdString(); }
-
-    void edit() { press(Qt::Key_E, Qt::ControlModifier); }
-    void undo() { press(Qt::Key_Z, Qt::ControlModifier); }
-    void redo() { press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier); }
-
-    void rename(const char* title) {
-        const AnimationDurationsForTesting none(0);
-        whenNextModalRunHasBegun(application, [this, title] {
-            application.modalWindow()->findChild<QLineEdit*>()->setText(QString::fromUtf8(title));
-            pressInSheet(Qt::Key_Return);
-        });
-        press(Qt::Key_F2);
-    }
-
-    std::vector<std::string> texts() const {
-        std::vector<std::string> result;
-        for (const std::shared_ptr<_LTSnippet>& snippet : database->snippets()) {
-            result.push_back(std::dynamic_pointer_cast<Snippet>(snippet)->text().toStdString());
-        }
-        return result;
-    }
-};
+using SnippetsEditing = SnippetsEditingHost;
 
 TEST_F(SnippetsEditing, TypingInTheTextEditsItAndSearchesNothing) {
     const double before = NSDate::date().timeIntervalSince1970();
@@ -153,6 +125,31 @@ TEST_F(SnippetsEditing, UndoesRenamesRemovalsAndEditsInTheirOrder) {
     EXPECT_FALSE(window->canRedo());
 }
 
+TEST_F(SnippetsEditing, TypingTakesTheOfferToUndoARemovalAway) {
+    press(Qt::Key_Delete);
+    ASSERT_TRUE(undoBar()->isVisible());
+    edit();
+    type("A");
+    EXPECT_FALSE(undoBar()->isVisible()) << "which is not what would be undone now";
+    press(Qt::Key_Escape);
+    undo();
+    EXPECT_EQ(selectedText(), "middle text");
+    EXPECT_EQ(totalCount(), 2);
+    undo();
+    EXPECT_EQ(selectedText(), "newest text");
+    EXPECT_EQ(totalCount(), 3);
+}
+
+TEST_F(SnippetsEditing, UndoesATitleThatWasPastedWithATab) {
+    rename("From\ta table");
+    EXPECT_EQ(selectedTitle(), "From a table");
+    EXPECT_EQ(footer()->text(), QStringLiteral("Renamed to “From a table”"));
+    undo();
+    EXPECT_EQ(selectedTitle(), "Newest");
+    redo();
+    EXPECT_EQ(selectedTitle(), "From a table");
+}
+
 TEST_F(SnippetsEditing, SelectsWhatAnUndoIsAbout) {
     rename("Renamed");
     window->setSearch(QStringLiteral("oldest"));
@@ -178,7 +175,7 @@ TEST_F(SnippetsEditing, UndoesNothingThatSomebodyElseHasChangedSince) {
     database->notifyOfModificationForSnippet(selected());
     undo();
     EXPECT_EQ(selectedTitle(), "By a sync");
-    EXPECT_EQ(window->findChild<SnippetsFooter*>()->text(), QStringLiteral("“By a sync” has been changed since"));
+    EXPECT_EQ(footer()->text(), QStringLiteral("“By a sync” has been changed since"));
 }
 
 TEST_F(SnippetsEditing, AnEmptiedTextLeavesTheSnippetWithItsTitle) {
@@ -205,6 +202,29 @@ TEST_F(SnippetsEditing, ATitleThatWasMadeOfTheTextFollowsIt) {
     type("A ");
     press(Qt::Key_Escape);
     EXPECT_EQ(selectedTitle(), "Newest") << "which is a title of its own";
+}
+
+TEST_F(SnippetsEditing, WhetherATitleFollowsIsSettledBeforeTheTyping) {
+    const auto replaceText = [this](const char* text) {
+        edit();
+        press(Qt::Key_A, Qt::ControlModifier);
+        press(Qt::Key_Delete);
+        type(text);
+        press(Qt::Key_Escape);
+    };
+    add(4.0, "Hello", "Hello");
+    window->selectRow(0);
+    replaceText("");
+    EXPECT_EQ(selectedTitle(), "Hello") << "there is nothing to make one from";
+    replaceText("World");
+    EXPECT_EQ(selectedTitle(), "World");
+    undo();
+    EXPECT_EQ(selectedTitle(), "Hello");
+
+    window->selectRow(1);
+    replaceText("Newest");
+    replaceText("Newest of all");
+    EXPECT_EQ(selectedTitle(), "Newest") << "which the text was equal to for a while";
 }
 
 TEST_F(SnippetsEditing, EditsWhatAPlainFieldWouldSpoil) {

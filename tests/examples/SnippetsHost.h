@@ -22,6 +22,18 @@ inline std::shared_ptr<Snippet> makeSnippet(double identity, const char* title, 
     return snippet;
 }
 
+/// The example host's application object, whose sync a test may put another in the place of.
+class HostedApplication : public SnippetsApplication {
+public:
+    using SnippetsApplication::SnippetsApplication;
+
+    LTSyncManagerClass* syncManagerClass() const override {
+        return otherSyncManager ? otherSyncManager : SnippetsApplication::syncManagerClass();
+    }
+
+    LTSyncManagerClass* otherSyncManager = nullptr;
+};
+
 /// The example host's application object and its database, in the empty home folder of the test's own process.
 class SnippetsHost : public testing::Test {
 protected:
@@ -35,6 +47,6 @@ protected:
     int argc = 1;
     char name[9] = "snippets";
     char* argv[2] = {name, nullptr};
-    SnippetsApplication application{argc, argv};
+    HostedApplication application{argc, argv};
     std::shared_ptr<SnippetsDatabase> database = SnippetsDatabase::shared();
 };

@@ -6,8 +6,10 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <random>
 #include <string>
 #include <sys/resource.h>
@@ -213,6 +215,23 @@ TEST_F(AtomicFile, ReadsAFileThatHasNoSizeOfItsOwn) {
     const std::optional<std::string> status = VXReadFile(QStringLiteral("/proc/self/status"), &error);
     ASSERT_TRUE(status);
     EXPECT_THAT(*status, HasSubstr("VmRSS"));
+}
+
+TEST_F(AtomicFile, RefusesToReadMoreThanIsWanted) {
+    write("file", "12345");
+    EXPECT_EQ(VXReadFile(path(), &error, 5), "12345");
+    EXPECT_EQ(VXReadFile(path(), &error, 4), std::nullopt);
+    EXPECT_THAT(error.localizedDescription.toStdString(), HasSubstr(std::strerror(EFBIG)));
+    write("empty", "");
+    EXPECT_EQ(VXReadFile(path("empty"), &error, 0), "");
+}
+
+TEST_F(AtomicFile, RefusesToReadMoreThanIsWantedOfAFileThatHasNoSizeOfItsOwn) {
+    const QString status = QStringLiteral("/proc/self/status");
+    EXPECT_TRUE(VXReadFile(status, &error, 100000));
+    EXPECT_FALSE(VXReadFile(status, &error, 0));
+    EXPECT_FALSE(VXReadFile(status, &error, 100));
+    EXPECT_THAT(error.localizedDescription.toStdString(), HasSubstr(std::strerror(EFBIG)));
 }
 
 TEST_F(AtomicFile, LeavesTheOldFileWholeWhenTheDiskIsFull) {

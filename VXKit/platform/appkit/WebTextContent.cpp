@@ -64,7 +64,7 @@ std::optional<QByteArray> WebTextContent::readLocalFile(const QUrl& url, qint64 
         return file.readAll();
     }
     NSError error;
-    const std::optional<std::string> content = VXReadFile(path, &error);
+    const std::optional<std::string> content = VXReadFile(path, &error, static_cast<std::size_t>(mostBytes));
     if (!content) {
         *reason = error.localizedDescription;
         return std::nullopt;

@@ -281,7 +281,7 @@ bool VXWriteFileInPlace(const QString& path, std::string_view bytes, NSError* er
     return (writeAll(file.get(), bytes) && file.close()) || fail("write");
 }
 
-std::optional<std::string> VXReadFile(const QString& path, NSError* error) {
+std::optional<std::string> VXReadFile(const QString& path, NSError* error, std::size_t most) {
     const QByteArray name = QFile::encodeName(path);
     const auto fail = [&](const char* step) {
         NSSetError(error, failure(name, step));
@@ -304,12 +304,23 @@ std::optional<std::string> VXReadFile(const QString& path, NSError* error) {
         errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
         return fail("read as a file");
     }
+    const auto size = static_cast<std::size_t>(status.st_size);
+    const auto refuseAsTooLarge = [&] {
+        errno = EFBIG;
+        return fail("read so much");
+    };
+    if (size > most) {
+        return refuseAsTooLarge();
+    }
     // One byte more than it is said to hold, so that its end is met without growing.
-    std::string content(static_cast<std::size_t>(status.st_size) + 1, '\0');
+    std::string content(size + 1, '\0');
     std::size_t filled = 0;
     for (;;) {
+        if (filled > most) {
+            return refuseAsTooLarge();
+        }
         if (filled == content.size()) {
-            content.resize(2 * filled);
+            content.resize(most / 2 < filled ? most + 1 : 2 * filled);
         }
         const ssize_t count = ::read(file.get(), content.data() + filled, content.size() - filled);
         if (count < 0 && errno == EINTR) {

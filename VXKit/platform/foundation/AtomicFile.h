@@ -6,8 +6,10 @@
 
 #include <QByteArray>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -70,5 +72,7 @@ VXKIT_EXPORT void VXRemoveLeftoversOfAtomicWrites(const QString& path);
 [[nodiscard]] VXKIT_EXPORT bool VXWriteFileInPlace(const QString& path, std::string_view bytes, NSError* error);
 
 /// The whole content of the regular file at `path` (links are followed), or nothing with the reason in `error`. A
-/// folder, a pipe or a device is refused without being waited for.
-[[nodiscard]] VXKIT_EXPORT std::optional<std::string> VXReadFile(const QString& path, NSError* error);
+/// folder, a pipe or a device is refused without being waited for, and so is a file with more than `most` bytes,
+/// whatever size it claims: one that the kernel makes up calls itself empty and may have no end.
+[[nodiscard]] VXKIT_EXPORT std::optional<std::string>
+VXReadFile(const QString& path, NSError* error, std::size_t most = std::numeric_limits<std::size_t>::max());

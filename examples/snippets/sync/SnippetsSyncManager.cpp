@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "SnippetsSyncManager.h"
 
+#include "../StopTimer.h"
 #include "SnippetsDatabase.h"
 #include "SyncPassword.h"
 
@@ -38,13 +39,6 @@ int timeout() {
     return seconds > 0 ? static_cast<int>(std::min(seconds, 3600.0) * 1000) : WebDavFolder::standardTimeout;
 }
 
-void invalidate(std::shared_ptr<NSTimer>& timer) {
-    if (timer) {
-        timer->invalidate();
-        timer.reset();
-    }
-}
-
 } // namespace
 
 SnippetsSyncManager::SnippetsSyncManager() {
@@ -56,7 +50,7 @@ SnippetsSyncManager::SnippetsSyncManager() {
 
 SnippetsSyncManager::~SnippetsSyncManager() {
     for (std::shared_ptr<NSTimer>* timer : {&m_leastTime, &m_regularly, &m_soon}) {
-        invalidate(*timer);
+        stopTimer(*timer);
     }
 }
 
@@ -131,7 +125,7 @@ void SnippetsSyncManager::begin(const SyncSettings& settings, const QString& pas
     if (m_isInProgress || !m_isEnabled || !m_database) {
         return;
     }
-    invalidate(m_soon);
+    stopTimer(m_soon);
     // Before anything is held back, because this too is a change.
     m_database->mendIdentities();
     m_database->saveDB();
@@ -188,7 +182,7 @@ void SnippetsSyncManager::endWhenPulsed() {
 }
 
 void SnippetsSyncManager::end() {
-    invalidate(m_leastTime);
+    stopTimer(m_leastTime);
     // It may be what called.
     m_run.release()->deleteLater();
     SyncOutcome outcome = *std::exchange(m_outcome, std::nullopt);
