@@ -7,14 +7,12 @@
 Every figure is the median of seven fresh processes that take turns. Build the program first:
 cmake --preset bench && cmake --build --preset bench.
 """
-import pathlib
 import statistics
 import subprocess
-import sys
+
+from measuring import BUILD, head
 
 ROUNDS = 7
-HERE = pathlib.Path(__file__).resolve().parent
-BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else HERE.parent / "build" / "bench") / "bench"
 EDITS = 1000
 
 TASKS = {
@@ -41,7 +39,7 @@ def row(what, ratio, figures, goal):
 
 
 result = medians()
-print("| | measured | goal | met |\n|---|---|---|---|")
+head()
 (small,), (large,) = result["10k"], result["100k"]
 row(
     f"each of {EDITS} held-back edits merged into 100,000 records, beside 10,000",

@@ -16,9 +16,8 @@ import subprocess
 import sys
 import time
 
-HERE = pathlib.Path(__file__).resolve().parent
-SESSION = HERE.parent / "scripts" / "desktop-session.sh"
-BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else HERE.parent / "build" / "bench").resolve() / "bench"
+from measuring import BUILD, asked_for, head, on_desktop, processor_time_of, row, wakeups_of
+
 KIT = BUILD / "bench_desktop_vxkit"
 QT = BUILD / "bench_desktop_qt"
 PANEL = BUILD / "bench_status_notifier_panel"
@@ -57,22 +56,6 @@ def memory_of(pid):
     rollup = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()
     sizes = {entry.split()[0]: int(entry.split()[1]) for entry in rollup[1:]}
     return sizes["Rss:"], sizes["Private_Dirty:"]
-
-
-def processor_time_of(pid):
-    """Seconds on a processor, of all threads."""
-    return sum(
-        int((thread / "schedstat").read_text().split()[0]) for thread in pathlib.Path(f"/proc/{pid}/task").iterdir()
-    ) / 1e9
-
-
-def wakeups_of(pid):
-    return sum(
-        int(entry.split()[1])
-        for thread in pathlib.Path(f"/proc/{pid}/task").iterdir()
-        for entry in (thread / "status").read_text().splitlines()
-        if entry.startswith("voluntary_ctxt_switches:")
-    )
 
 
 def first_painting(program):
@@ -123,22 +106,12 @@ def in_panel():
     return result
 
 
-def in_session(what, **environment):
-    command = [SESSION, sys.executable, __file__, str(BUILD.parent), what]
-    output = subprocess.run(command, check=True, stdout=subprocess.PIPE, env={**os.environ, **environment}).stdout
-    return json.loads(output.splitlines()[-1])
-
-
-def row(what, figure, goal, met):
-    print(f"| {what} | {figure} | {goal} | {'yes' if met else 'no'} |")
-
-
 def main():
-    if len(sys.argv) > 2:
-        print(json.dumps({"in_tray": in_tray, "in_panel": in_panel}[sys.argv[2]]()))
+    if asked_for():
+        print(json.dumps({"in_tray": in_tray, "in_panel": in_panel}[asked_for()]()))
         return
-    tray = in_session("in_tray")
-    panel = in_session("in_panel", DESKTOP_TRAY="no")
+    tray = on_desktop(__file__, "in_tray", DESKTOP_TRAY="yes")
+    panel = on_desktop(__file__, "in_panel")
     drawing = json.loads(
         subprocess.run(
             [BUILD / "bench_drawing", "--benchmark_format=json", "--benchmark_repetitions=5"],
@@ -148,7 +121,7 @@ def main():
     )["benchmarks"]
     median = {entry["run_name"]: entry["real_time"] for entry in drawing if entry.get("aggregate_name") == "median"}
 
-    print("| | measured | goal | met |\n|---|---|---|---|")
+    head()
     (own, other) = tray["seconds"]
     row(
         "process start to first painted main window, beside Qt",
@@ -169,7 +142,7 @@ def main():
         (own, other) = result["pulse"]
         row(
             f"processor time of the pulse, {name}, beside Qt's setIcon",
-            f"{own / other:.2f} ({own * 1000:.1f} ms against {other * 1000:.1f} ms a second)",
+            f"{own / other:.2f} ({own:.1f} ms against {other:.1f} ms a second)",
             "at most 1",
             own <= other,
         )

@@ -9,46 +9,12 @@ Both run in one desktop session of their own, in turns. Build the programs first
 cmake --preset bench && cmake --build --preset bench.
 """
 import json
-import os
-import pathlib
-import statistics
-import subprocess
-import sys
 
-HERE = pathlib.Path(__file__).resolve().parent
-SESSION = HERE.parent / "scripts" / "desktop-session.sh"
-BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else HERE.parent / "build" / "bench").resolve() / "bench"
+from measuring import BUILD, asked_for, figures, head, in_turns, median, on_desktop, row
+
 PROGRAMS = (BUILD / "bench_flip_vxkit", BUILD / "bench_flip_qt")
 
 TURNS = 5  # of each program
-
-
-def figures(program):
-    """What a program says: the figures by their names, in the order in which they were told."""
-    output = subprocess.run(
-        [program], check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, timeout=120
-    ).stdout
-    result = {}
-    for line in output.splitlines():
-        name, figure = line.split()
-        result.setdefault(name, []).append(float(figure))
-    return result
-
-
-def on_screen():
-    told = [{}, {}]
-    for turn in range(TURNS + 1):
-        for program, values in zip(PROGRAMS, told):
-            result = figures(program)
-            if turn == 0:  # the first fills the cache of files
-                continue
-            for name, series in result.items():
-                values.setdefault(name, []).extend(series)
-    return told
-
-
-def row(what, figure, goal, met):
-    print(f"| {what} | {figure} | {goal} | {'yes' if met else 'no'} |")
 
 
 def ratio_row(what, own, other):
@@ -56,33 +22,31 @@ def ratio_row(what, own, other):
 
 
 def main():
-    if len(sys.argv) > 2:
-        print(json.dumps(on_screen()))
+    if asked_for():
+        print(json.dumps(list(in_turns(PROGRAMS, TURNS, figures).values())))
         return
-    command = [SESSION, sys.executable, __file__, str(BUILD.parent), "on_screen"]
-    environment = {**os.environ, "DESKTOP_TRAY": "no"}
-    output = subprocess.run(command, check=True, stdout=subprocess.PIPE, env=environment).stdout
-    (own, other) = json.loads(output.splitlines()[-1])
+    own, other = on_desktop(__file__)
 
-    print("| | measured | goal | met |\n|---|---|---|---|")
+    head()
     for what, name in (
         ("drawing a frame, beside QGraphicsRotation", "frame"),
         ("longest gap between two frames of a flip", "gap"),
         ("processor time of a flip", "processor"),
     ):
-        ratio_row(what, statistics.median(own[name]), statistics.median(other[name]))
-    rate = statistics.median(own["rate"])
+        ratio_row(what, median(own, name), median(other, name))
+    rate = median(own, "rate")
     row(
         "frames of a flip",
-        f"{rate:.0f} a second (QGraphicsRotation {statistics.median(other['rate']):.0f})",
+        f"{rate:.0f} a second (QGraphicsRotation {median(other, 'rate'):.0f})",
         "60 a second",
         round(rate) >= 60,
     )
+    own_gap, other_gap = (max(gap for result in results for gap in result["gap"]) for results in (own, other))
     row(
         "worst gap of all flips",
-        f"{max(own['gap']):.1f} ms (QGraphicsRotation {max(other['gap']):.1f} ms)",
+        f"{own_gap:.1f} ms (QGraphicsRotation {other_gap:.1f} ms)",
         "at most 25 ms",
-        max(own["gap"]) <= 25,
+        own_gap <= 25,
     )
 
 

@@ -8,15 +8,11 @@ prints a table:
 Off screen, in fresh processes that take turns. Build the programs first:
 cmake --preset bench && cmake --build --preset bench.
 """
-import os
-import pathlib
-import statistics
-import subprocess
-import sys
 import tempfile
 
-HERE = pathlib.Path(__file__).resolve().parent
-BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else HERE.parent / "build" / "bench").resolve() / "bench"
+from measuring import BUILD, figures_off_screen, head, in_turns, row
+from measuring import median as median_of
+
 HOST = BUILD / "bench_host_vxkit"
 QT = BUILD / "bench_host_qt"
 
@@ -25,40 +21,20 @@ LOAD_GOAL = 200  # milliseconds
 FRAME = 16  # milliseconds
 
 
-def figures(home, program, *arguments):
-    """What a program says: the figures by their names."""
-    environment = {**os.environ, "QT_QPA_PLATFORM": "offscreen", "HOME": home, "QT_SCALE_FACTOR": "1"}
-    for variable in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"):
-        environment.pop(variable, None)
-    output = subprocess.run(
-        [program, *arguments], check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, env=environment
-    ).stdout
-    return {name: float(figure) for name, figure in (line.split() for line in output.splitlines())}
-
-
-def row(what, figure, goal, met):
-    print(f"| {what} | {figure} | {goal} | {'yes' if met else 'no'} |")
-
-
 def main():
-    told = {HOST: [], QT: []}
     with tempfile.TemporaryDirectory() as home:
-        written = figures(home, HOST, "--write")
-        for turn in range(STARTS + 1):
-            for program, values in told.items():
-                result = figures(home, program)
-                if turn > 0:  # the first fills the cache of files
-                    values.append(result)
+        written = figures_off_screen(home, HOST, "--write")
+        told = in_turns((HOST, QT), STARTS, lambda program: figures_off_screen(home, program))
 
     def median(program, name):
-        return statistics.median(result[name] for result in told[program])
+        return median_of(told[program], name)
 
     def goal_row(what, name, goal):
         figure = median(HOST, name)
         row(what, f"{figure:.1f} ms", f"at most {goal} ms", figure <= goal)
 
-    print(f"10,000 snippets, {written['characters'] / 1e6:.1f} million characters\n")
-    print("| | measured | goal | met |\n|---|---|---|---|")
+    print(f"10,000 snippets, {written['characters'][0] / 1e6:.1f} million characters\n")
+    head()
     goal_row("from the file to the list on the screen", "load", LOAD_GOAL)
     for key, what in (("type", "a key more"), ("delete", "a key less")):
         goal_row(f"search, {what}, worst", f"{key}_worst", FRAME)

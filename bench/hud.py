@@ -17,9 +17,19 @@ import sys
 import tempfile
 import time
 
-HERE = pathlib.Path(__file__).resolve().parent
-SESSION = HERE.parent / "scripts" / "desktop-session.sh"
-BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else HERE.parent / "build" / "bench").resolve() / "bench"
+from measuring import (
+    BUILD,
+    asked_for,
+    figures,
+    figures_off_screen,
+    head,
+    in_turns,
+    on_desktop,
+    processor_time_of,
+    row,
+    wakeups_of,
+)
+
 KIT = BUILD / "bench_hud_vxkit"
 QT = BUILD / "bench_hud_qt"
 
@@ -28,31 +38,9 @@ STANDING_SECONDS = 5
 SETTLING_SECONDS = 3
 
 
-def figures(program, *options, **environment):
-    """What a program says: the figures by their names, in the order in which they were told."""
-    output = subprocess.run(
-        [program, *options],
-        check=True,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.DEVNULL,
-        text=True,
-        env={**os.environ, **environment},
-    ).stdout
-    result = {}
-    for line in output.splitlines():
-        name, figure = line.split()
-        result.setdefault(name, []).append(float(figure))
-    return result
-
-
 def off_screen():
-    told = {KIT: [], QT: []}
     with tempfile.TemporaryDirectory() as home:
-        for turn in range(STARTS + 1):
-            for program, values in told.items():
-                result = figures(program, QT_QPA_PLATFORM="offscreen", HOME=home, QT_SCALE_FACTOR="1")
-                if turn > 0:  # the first fills the cache of files
-                    values.append(result)
+        told = in_turns((KIT, QT), STARTS, lambda program: figures_off_screen(home, program))
 
     def medians(figure):
         return [statistics.median(figure(result) for result in values) for values in told.values()]
@@ -63,24 +51,6 @@ def off_screen():
         "repaint": medians(lambda result: result["repaint"][0]),
         "panel": statistics.median(result["repaint_panel"][0] for result in told[KIT]),
     }
-
-
-def threads_of(pid):
-    return pathlib.Path(f"/proc/{pid}/task").iterdir()
-
-
-def processor_time_of(pid):
-    """Milliseconds on a processor, of all threads."""
-    return sum(int((thread / "schedstat").read_text().split()[0]) for thread in threads_of(pid)) / 1e6
-
-
-def wakeups_of(pid):
-    return sum(
-        int(entry.split()[1])
-        for thread in threads_of(pid)
-        for entry in (thread / "status").read_text().splitlines()
-        if entry.startswith("voluntary_ctxt_switches:")
-    )
 
 
 def compositor():
@@ -111,26 +81,19 @@ def on_screen():
     ]}
 
 
-def row(what, figure, goal, met):
-    print(f"| {what} | {figure} | {goal} | {'yes' if met else 'no'} |")
-
-
 def ratio_row(what, pair, goal):
     (own, other) = pair
     row(what, f"{own / other:.2f} ({own:.2f} ms against {other:.2f} ms)", f"at most {goal}", own / other <= goal)
 
 
 def main():
-    if len(sys.argv) > 2:
+    if asked_for():
         print(json.dumps(on_screen()))
         return
     off = off_screen()
-    command = [SESSION, sys.executable, __file__, str(BUILD.parent), "on_screen"]
-    environment = {**os.environ, "DESKTOP_TRAY": "no"}
-    output = subprocess.run(command, check=True, stdout=subprocess.PIPE, env=environment).stdout
-    on = json.loads(output.splitlines()[-1])
+    on = on_desktop(__file__)
 
-    print("| | measured | goal | met |\n|---|---|---|---|")
+    head()
     ratio_row("first alert of a process, from nothing to painted, beside QMessageBox", off["first"], 1.2)
     ratio_row("every later one", off["later"], 1.2)
     (own, other) = off["repaint"]

@@ -11,9 +11,9 @@ import subprocess
 import sys
 import tempfile
 
+from measuring import BUILD, HERE, head
+
 ROUNDS = 5
-HERE = pathlib.Path(__file__).resolve().parent
-BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else HERE.parent / "build" / "bench") / "bench"
 DATA = BUILD / "data"
 
 PEERS = {
@@ -114,7 +114,7 @@ def main():
     growth("20,000 free IDs from one start second against 2,000", ["free-ids", 2000], ["free-ids", 20000], 12)
     growth("a million looks for an ID, 100k records against 1k", ["look-up", 1000], ["look-up", 100000], 3)
 
-    print("| | measured | goal | met |\n|---|---|---|---|")
+    head()
     for entry in ROWS:
         print("| " + " | ".join(entry) + " |")
 

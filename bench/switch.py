@@ -8,48 +8,30 @@ QPropertyAnimation, in a desktop session of its own, and prints a table:
 Build the programs first: cmake --preset bench && cmake --build --preset bench.
 """
 import json
-import os
-import pathlib
 import statistics
-import subprocess
-import sys
 
-HERE = pathlib.Path(__file__).resolve().parent
-SESSION = HERE.parent / "scripts" / "desktop-session.sh"
-BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else HERE.parent / "build" / "bench").resolve() / "bench"
+from measuring import BUILD, asked_for, figures, in_turns, on_desktop
+
 PROGRAMS = (BUILD / "bench_switch_vxkit", BUILD / "bench_switch_qt")
 
 TURNS = 5  # of each program
 TOLERANCE = 1.05  # what two runs of one program differ by
 
 
-def figures(program):
-    """What a program says of each switch: the figures by their names."""
-    output = subprocess.run([program], check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True).stdout
-    result = {}
-    for line in output.splitlines():
-        name, figure = line.split()
-        result.setdefault(name, []).append(float(figure))
-    return result
-
-
 def on_screen():
-    told = [{}, {}]
-    for _ in range(TURNS):
-        for program, values in zip(PROGRAMS, told):
-            for name, measured in figures(program).items():
-                values.setdefault(name, []).extend(measured)
-    return told
+    """The figures of all switches, of the one program and of the other."""
+    told = in_turns(PROGRAMS, TURNS, figures)
+    return [
+        {name: [figure for result in values for figure in result[name]] for name in values[0]}
+        for values in told.values()
+    ]
 
 
 def main():
-    if len(sys.argv) > 2:
+    if asked_for():
         print(json.dumps(on_screen()))
         return
-    command = [SESSION, sys.executable, __file__, str(BUILD.parent), "on_screen"]
-    environment = {**os.environ, "DESKTOP_TRAY": "no"}
-    output = subprocess.run(command, check=True, stdout=subprocess.PIPE, env=environment).stdout
-    own, other = json.loads(output.splitlines()[-1])
+    own, other = on_desktop(__file__)
 
     print("| | VXKit | QPropertyAnimation | ratio | at most theirs, within 5 % |\n|---|---|---|---|---|")
     for what, name in (

@@ -8,15 +8,11 @@ table:
 Off screen, in fresh processes that take turns. Build the programs first:
 cmake --preset bench && cmake --build --preset bench.
 """
-import os
-import pathlib
-import statistics
-import subprocess
-import sys
 import tempfile
 
-HERE = pathlib.Path(__file__).resolve().parent
-BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else HERE.parent / "build" / "bench").resolve() / "bench"
+from measuring import BUILD, figures_off_screen, head, in_turns, row
+from measuring import median as median_of
+
 KIT = BUILD / "bench_table_vxkit"
 QT = BUILD / "bench_table_qt"
 
@@ -25,37 +21,19 @@ GOAL = 1.3  # times the peer
 FRAME = 1000 / 60  # milliseconds
 
 
-def figures(program, home):
-    """What a program says: the figures by their names."""
-    environment = {**os.environ, "QT_QPA_PLATFORM": "offscreen", "HOME": home, "QT_SCALE_FACTOR": "1"}
-    output = subprocess.run(
-        [program], check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, env=environment
-    ).stdout
-    return {name: float(figure) for name, figure in (line.split() for line in output.splitlines())}
-
-
-def row(what, figure, goal, met):
-    print(f"| {what} | {figure} | {goal} | {'yes' if met else 'no'} |")
-
-
 def main():
-    told = {KIT: [], QT: []}
     with tempfile.TemporaryDirectory() as home:
-        for turn in range(STARTS + 1):
-            for program, values in told.items():
-                result = figures(program, home)
-                if turn > 0:  # the first fills the cache of files
-                    values.append(result)
+        told = in_turns((KIT, QT), STARTS, lambda program: figures_off_screen(home, program))
 
     def median(program, name):
-        return statistics.median(result[name] for result in told[program])
+        return median_of(told[program], name)
 
     def ratio_row(what, name, peer=None):
         own, other = median(KIT, name), median(QT, peer or name)
         figure = f"{own / other:.2f} ({own * 1000:.1f} µs against {other * 1000:.1f} µs)"
         row(what, figure, f"at most {GOAL}", own / other <= GOAL)
 
-    print("| | measured | goal | met |\n|---|---|---|---|")
+    head()
     ratio_row("opening a table with a million rows, to painted", "open")
     ratio_row("painting one row of it that is seen", "row")
     ratio_row("painting a scroller", "scroller")

@@ -3,6 +3,8 @@
 // contents, their size, the transitions' time, and what is told of them.
 #pragma once
 
+#include "../Figures.h"
+
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QEvent>
@@ -12,9 +14,6 @@
 #include <QWidget>
 #include <QWindow>
 
-#include <algorithm>
-#include <cstdio>
-#include <ctime>
 #include <vector>
 
 inline constexpr int measuredFlips = 8;
@@ -29,23 +28,6 @@ inline constexpr double flipSeconds = 0.75;
 inline constexpr double shadowRadius = 25;
 inline constexpr double shadowDistance = 8;
 inline constexpr double shadowAlpha = 0.8;
-
-/// Says a figure on standard output.
-inline void tellFigure(const char* what, double figure) {
-    std::printf("%s %.6f\n", what, figure);
-    std::fflush(stdout);
-}
-
-inline double milliseconds(const QElapsedTimer& clock) {
-    return static_cast<double>(clock.nsecsElapsed()) / 1e6;
-}
-
-/// Milliseconds on a processor, of all threads of this process.
-inline double processorTime() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-}
 
 /// Fills a window with lines of text on a ground.
 class Content : public QWidget {
@@ -88,15 +70,7 @@ public:
     void tell() const {
         tellFigure("processor", processorTime() - m_processorTime);
         tellFigure("whole", milliseconds(m_clock));
-        if (m_times.size() < 2) {
-            return;
-        }
-        double longestGap = 0;
-        for (std::size_t frame = 1; frame < m_times.size(); ++frame) {
-            longestGap = std::max(longestGap, m_times[frame] - m_times[frame - 1]);
-        }
-        tellFigure("rate", static_cast<double>(m_times.size() - 1) / (m_times.back() - m_times.front()) * 1000);
-        tellFigure("gap", longestGap);
+        tellFrames(m_times);
     }
 
 private:

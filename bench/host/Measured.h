@@ -3,6 +3,8 @@
 // searches the texts alone: the texts, what is typed, and the words to the one who measures.
 #pragma once
 
+#include "../Figures.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QString>
@@ -13,7 +15,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <random>
 #include <vector>
 
@@ -70,16 +71,6 @@ inline QString measuredTitle(int number, const QString& text) {
     return QStringLiteral("%1 %2").arg(text.section(QLatin1Char(' '), 0, 2).left(40).simplified()).arg(number);
 }
 
-inline double milliseconds(const QElapsedTimer& clock) {
-    return static_cast<double>(clock.nsecsElapsed()) / 1e6;
-}
-
-/// Says a figure on standard output.
-inline void tellFigure(const char* what, double figure) {
-    std::printf("%s %.6f\n", what, figure);
-    std::fflush(stdout);
-}
-
 inline void waitUntilExposed(QWidget& window) {
     while (!window.windowHandle() || !window.windowHandle()->isExposed()) {
         QCoreApplication::processEvents();
@@ -110,9 +101,7 @@ void tellSearches(const SetSearch& setSearch) {
             }
         }
     }
-    for (const auto& [name, times] : {std::pair("type", &typing), std::pair("delete", &deleting)}) {
-        std::sort(times->begin(), times->end());
-        std::printf("%s_median %.6f\n%s_worst %.6f\n", name, (*times)[times->size() / 2], name, times->back());
-    }
+    tellMedianAndWorst("type", typing);
+    tellMedianAndWorst("delete", deleting);
     tellFigure("first_letter", first);
 }

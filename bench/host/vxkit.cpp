@@ -54,8 +54,7 @@ void tellChanges(const char* what, const std::function<void(int number)>& change
         painted.repaint();
         times.push_back(milliseconds(clock));
     }
-    std::sort(times.begin(), times.end());
-    std::printf("%s_median %.6f\n%s_worst %.6f\n", what, times[times.size() / 2], what, times.back());
+    tellMedianAndWorst(what, times);
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 // long the opening of one takes, how long painting it anew takes, and the words to the one who measures.
 #pragma once
 
+#include "../Figures.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEvent>
@@ -12,7 +14,6 @@
 #include <QWidget>
 #include <QWindow>
 
-#include <cstdio>
 #include <functional>
 
 inline constexpr int measuredOpenings = 21;
@@ -28,16 +29,6 @@ inline const QString measuredOther = QStringLiteral("Keep a copy");
 /// Whether the program was started with `option`.
 inline bool isAskedFor(const char* option) {
     return QCoreApplication::arguments().contains(QString::fromLatin1(option));
-}
-
-/// Says a figure on standard output.
-inline void tellFigure(const char* what, double figure) {
-    std::printf("%s %.6f\n", what, figure);
-    std::fflush(stdout);
-}
-
-inline double milliseconds(const QElapsedTimer& clock) {
-    return static_cast<double>(clock.nsecsElapsed()) / 1e6;
 }
 
 /// Does something when a widget has been painted on the screen for the first time and control is back in the event

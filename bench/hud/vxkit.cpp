@@ -20,7 +20,6 @@
 #include <VXKit/platform/appkit/SnapshotWindow.h>
 #include <VXKit/transitions/NSWindow+NoodleEffects.h>
 
-#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -103,17 +102,7 @@ public:
         return false;
     }
 
-    void tell() const {
-        if (m_times.size() < 2) {
-            return;
-        }
-        double longestGap = 0;
-        for (std::size_t frame = 1; frame < m_times.size(); ++frame) {
-            longestGap = std::max(longestGap, m_times[frame] - m_times[frame - 1]);
-        }
-        tellFigure("rate", static_cast<double>(m_times.size() - 1) / (m_times.back() - m_times.front()) * 1000);
-        tellFigure("gap", longestGap);
-    }
+    void tell() const { tellFrames(m_times); }
 
 private:
     QElapsedTimer m_clock;

@@ -3,6 +3,8 @@
 // alone: what is on the pages, and how a switch is measured.
 #pragma once
 
+#include "../Figures.h"
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QElapsedTimer>
@@ -16,9 +18,6 @@
 #include <QTimer>
 #include <QWidget>
 
-#include <algorithm>
-#include <cstdio>
-#include <ctime>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -50,7 +49,7 @@ public:
 
     bool eventFilter(QObject* /*watched*/, QEvent* event) override {
         if (event->type() == QEvent::Paint) {
-            m_frames.push_back(static_cast<double>(m_clock.nsecsElapsed()) / 1e6);
+            m_frames.push_back(milliseconds(m_clock));
         } else if (event->type() == QEvent::Move && m_page->pos() == QPoint(0, 0)) {
             // What the last step has moved is painted by then.
             QTimer::singleShot(0, this, [this] { tell(); });
@@ -59,35 +58,27 @@ public:
     }
 
 private:
-    static double processorMilliseconds() {
-        timespec time{};
-        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-    }
-
     void rest() {
         QTimer::singleShot(restBetween, this, [this] {
             m_frames.clear();
             m_clock.start();
-            m_processor = processorMilliseconds();
+            m_processor = processorTime();
             m_page = m_begin();
             m_page->installEventFilter(this);
         });
     }
 
     void tell() {
-        const double processor = processorMilliseconds() - m_processor;
+        const double processor = processorTime() - m_processor;
         m_page->removeEventFilter(this);
-        double gap = 0;
-        for (std::size_t frame = 1; frame < m_frames.size(); ++frame) {
-            gap = std::max(gap, m_frames[frame] - m_frames[frame - 1]);
-        }
         const auto count = static_cast<double>(m_frames.size());
         // The first ones fill caches.
         if (m_count > 1 && m_frames.size() > 1) {
-            std::printf("interval %.4f\ngap %.4f\nprocessor %.4f\nframe %.4f\nframes %.0f\n",
-                        (m_frames.back() - m_frames.front()) / (count - 1), gap, processor, processor / count, count);
-            std::fflush(stdout);
+            tellFigure("interval", (m_frames.back() - m_frames.front()) / (count - 1));
+            tellFigure("gap", longestGap(m_frames));
+            tellFigure("processor", processor);
+            tellFigure("frame", processor / count);
+            tellFigure("frames", count);
         }
         if (++m_count == measuredSwitches) {
             QCoreApplication::quit();

@@ -3,6 +3,8 @@
 // how long painting takes, what rows cost in memory, and the words to the one who measures.
 #pragma once
 
+#include "../Figures.h"
+
 #include <QAbstractTableModel>
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -16,7 +18,6 @@
 #include <QWindow>
 
 #include <algorithm>
-#include <cstdio>
 
 #include <malloc.h>
 
@@ -51,16 +52,6 @@ private:
     int m_rows;
     QString m_text = QStringLiteral("Snippet %1");
 };
-
-/// Says a figure on standard output.
-inline void tellFigure(const char* what, double figure) {
-    std::printf("%s %.9f\n", what, figure);
-    std::fflush(stdout);
-}
-
-inline double milliseconds(const QElapsedTimer& clock) {
-    return static_cast<double>(clock.nsecsElapsed()) / 1e6;
-}
 
 /// Milliseconds for what `work` does once: the best of some rounds, as everything else only adds to it.
 template <class Work>
