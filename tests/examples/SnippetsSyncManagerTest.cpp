@@ -126,6 +126,19 @@ TEST_F(SyncingProgram, KeepsARemovalMadeDuringASyncForTheNextOne) {
     EXPECT_THAT(other.texts(), IsEmpty());
 }
 
+TEST_F(SyncingProgram, ARemovedSnippetIsLeavingUntilTheSyncEnds) {
+    const auto removed = add(7.0, "Removed", "removed");
+    switchOn();
+    bool wasLeaving = false;
+    whenAsked("PROPFIND", [&] {
+        database->removeSnippet(removed);
+        wasLeaving = database->isLeaving(*removed) && database->hasLeavingSnippets();
+    });
+    sync();
+    EXPECT_TRUE(wasLeaving);
+    EXPECT_FALSE(database->hasLeavingSnippets()) << "or every later change would look through the whole list";
+}
+
 TEST_F(SyncingProgram, LeavesASnippetThatTheUserEditsDuringTheSyncToTheNextOneAndKeepsBoth) {
     const double identity = other.add("common");
     other.sync(server.address());
