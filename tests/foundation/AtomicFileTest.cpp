@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <random>
 #include <string>
 #include <sys/resource.h>
@@ -203,6 +204,19 @@ TEST_F(AtomicFile, DoesNotWaitForAPipe) {
     ASSERT_EQ(::mkfifo(QFile::encodeName(path("pipe")).constData(), 0600), 0);
     EXPECT_FALSE(VXReadFile(path("pipe"), &error));
     EXPECT_FALSE(VXWriteFileAtomically(path("pipe"), "new", &error));
+}
+
+TEST_F(AtomicFile, WritesInPlaceToNothingButAFile) {
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path("pipe")).constData(), 0600), 0);
+    const int reader = ::open(QFile::encodeName(path("pipe")).constData(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_FALSE(VXWriteFileInPlace(path("pipe"), "new", &error));
+    EXPECT_THAT(error.localizedDescription.toStdString(), HasSubstr("cannot write to what is no file"));
+    char byte = 0;
+    EXPECT_EQ(::read(reader, &byte, 1), 0) << "nothing was written";
+    ::close(reader);
+    EXPECT_FALSE(VXWriteFileInPlace(QString(), "new", &error));
+    EXPECT_THAT(error.localizedDescription.toStdString(), HasSubstr("cannot write a file of that name"));
 }
 
 TEST_F(AtomicFile, SaysWhyAFileCannotBeRead) {

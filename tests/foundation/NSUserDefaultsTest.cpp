@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -353,6 +354,16 @@ TEST_F(NSUserDefaultsTest, ReportsAFileThatCannotBeMade) {
     defaults.setBool(true, "key");
     EXPECT_FALSE(defaults.synchronize());
     EXPECT_TRUE(defaults.boolForKey("key"));
+}
+
+TEST_F(NSUserDefaultsTest, LeavesAFolderInThePlaceOfItsFileAlone) {
+    ASSERT_TRUE(QDir().mkdir(path()));
+    NSUserDefaults defaults(path());
+    EXPECT_FALSE(defaults.objectForKey("key"));
+    defaults.setBool(true, "key");
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_TRUE(defaults.boolForKey("key"));
+    EXPECT_TRUE(QFileInfo(path()).isDir());
 }
 
 TEST_F(NSUserDefaultsTest, ReadsADamagedFileAsEmptyAndKeepsItAside) {

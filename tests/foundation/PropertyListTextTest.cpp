@@ -116,6 +116,10 @@ TEST(PropertyListText, ReadsData) {
     EXPECT_THAT(readingError("<00 x>"), HasSubstr("no hexadecimal digit"));
 }
 
+TEST(PropertyListText, PassesOverTheSeparatorsOfLinesAndParagraphs) {
+    EXPECT_EQ(readPropertyList("\u2028(a,\u2029b\u2028)"), (NSArray{"a", "b"}));
+}
+
 TEST(PropertyListText, ReadsPairsWithoutBraces) {
     EXPECT_EQ(readPropertyList("/* greeting */\n\"Hello\" = \"Bonjour\";\nalone;\nlist = (a);\n"),
               (NSDictionary{{"Hello", "Bonjour"}, {"alone", "alone"}, {"list", NSArray{"a"}}}));

@@ -205,6 +205,20 @@ TEST(PropertyListXML, LaterValueOfAKeyWinsInThePlaceOfTheFirst) {
     EXPECT_EQ(value.as<NSDictionary>()->begin()->key.text(), "a");
 }
 
+TEST(PropertyListXML, KeepsKeysThatFollowARepeatedOne) {
+    std::string content = "<dict>";
+    NSDictionary expected;
+    for (int index = 0; index < 40; ++index) {
+        // Every other key twice in a row.
+        const std::string key = "key " + std::to_string(index);
+        for (int pass = 0; pass <= index % 2; ++pass) {
+            content += "<key>" + key + "</key><integer>" + std::to_string(index + 100 * pass) + "</integer>";
+            expected.setObject(index + 100 * pass, key);
+        }
+    }
+    EXPECT_EQ(readXML(content + "</dict>"), expected);
+}
+
 TEST(PropertyListXML, MergesTheSameKeyAmongMany) {
     std::string content = "<dict>";
     NSDictionary expected;
@@ -294,6 +308,9 @@ TEST(PropertyListXML, ReadsTheEncodingsThatMarkOrPrologName) {
     EXPECT_EQ(readPropertyList("<?xml version='1.0' encoding='utf-8'?><plist><string>é日😀</string></plist>"), expected);
     EXPECT_EQ(
         readPropertyList("<?xml version=\"1.0\" encoding = \"ISO-8859-1\" ?><plist><string>\xE9</string></plist>"),
+        "é");
+    EXPECT_EQ(
+        readPropertyList("\n <?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><plist><string>\xE9</string></plist>"),
         "é");
     EXPECT_EQ(readPropertyList("<?xml version=\"1.0\" encoding=\"us-ascii\"?><plist><string>&#233;</string></plist>"),
               "é");

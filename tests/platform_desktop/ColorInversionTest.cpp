@@ -167,6 +167,15 @@ TEST_P(ColorInversionAtScale, IsSeenInPicturesOfTheWindow) {
     EXPECT_EQ(pixelAt(rendered, 5, 5), 0U);
 }
 
+TEST_P(ColorInversionAtScale, IsSeenInPicturesOfFewerColours) {
+    WindowEffects::sharedEffects().setColorInversion(*m_window, true);
+    QImage rendered(40, 30, QImage::Format_RGB888);
+    rendered.fill(Qt::green);
+    m_window->render(&rendered, QPoint(), QRegion(), QWidget::DrawWindowBackground | QWidget::DrawChildren);
+    EXPECT_EQ(rendered.pixel(2, 2), otherInverted);
+    EXPECT_EQ(rendered.pixel(12, 6), solidInverted);
+}
+
 TEST_P(ColorInversionAtScale, LetsClicksAndScreenReadersThrough) {
     QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&*m_window);
     ASSERT_EQ(accessible->childCount(), 1);

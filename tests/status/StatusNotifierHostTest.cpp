@@ -320,6 +320,18 @@ TEST_F(StatusNotifierHostTest, AnnouncesAPictureOnlyWhenItHasChanged) {
     EXPECT_EQ(panel.newIcons, announced);
 }
 
+TEST_F(StatusNotifierHostTest, SendsAWiderPictureOfAnItemThatHasGrown) {
+    FakePanel panel(m_bus->address());
+    StatusNotifierHost host;
+    host.take(m_window);
+    waitForItem(panel);
+    EXPECT_EQ(host.kind(), StatusItemHost::Kind::StatusNotifier);
+    const double before = host.itemFrame().width();
+    host.setItemWidth(40);
+    EXPECT_EQ(host.itemFrame().width(), before + 40 - 22);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel.pixmaps().at(0).width == 40; }));
+}
+
 TEST_F(StatusNotifierHostTest, AnnouncesAtMostTenPicturesASecond) {
     FakePanel panel(m_bus->address());
     StatusNotifierHost host;
