@@ -303,7 +303,12 @@ bool SnippetsTour::showCopied() {
         !waitFor([&] { return popUp() != nullptr; }, waitingTime, pictureInterval)) {
         return fail(QStringLiteral("the selected snippet cannot be copied"));
     }
-    return takePicture(*popUp(), QStringLiteral("09-copied"), popUpTime);
+    if (!takePicture(*popUp(), QStringLiteral("09-copied"), popUpTime)) {
+        return false;
+    }
+    // The next picture is not about it any more.
+    return waitFor([&] { return popUp() == nullptr; }, waitingTime, pictureInterval) ||
+           fail(QStringLiteral("the pop-up stays"));
 }
 
 bool SnippetsTour::showRemoved() {
