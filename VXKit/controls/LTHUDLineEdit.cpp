@@ -54,11 +54,6 @@ NSRect LTHUDLineEdit::bounds() const {
 }
 
 void LTHUDLineEdit::awakeFromNib() {
-    if (const QString placeholder = QLineEdit::placeholderText(); !placeholder.isEmpty()) {
-        // Qt would draw it besides, in its own looks.
-        QLineEdit::setPlaceholderText(QString());
-        setPlaceholderString(placeholder);
-    }
     if (const QString name = property("target").toString(); !name.isEmpty()) {
         setTarget(dynamic_cast<NSButton*>(QWidget::window()->findChild<QWidget*>(name)));
     }

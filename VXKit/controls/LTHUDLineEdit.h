@@ -49,8 +49,8 @@ public:
     /// Moved to where the text is laid out, except while the field paints its background.
     [[nodiscard]] NSRect bounds() const override;
 
-    /// Takes over the target that a nib tells by the property `target`, the name of the button, and a placeholder that
-    /// was set as QLineEdit's. The fields send no actions themselves.
+    /// Takes over the target that a nib tells by the property `target`, the name of the button. The fields send no
+    /// actions themselves.
     void awakeFromNib() override;
 
     /// Redraws at once, so that the placeholder is not seen beside the caret.

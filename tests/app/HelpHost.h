@@ -106,6 +106,10 @@ protected:
     static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(window().windowHandle(), key, modifiers);
     }
+    /// On the first words of a heading at the top of the page.
+    static void clickPage(Qt::MouseButton button = Qt::LeftButton) {
+        QTest::mouseClick(window().windowHandle(), button, {}, view().mapTo(&window(), QPoint(60, 40)));
+    }
     static bool usesTextBrowser() { return view().findChild<QTextBrowser*>() != nullptr; }
 
     std::vector<QUrl> opened;

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QList>
+#include <QSet>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUrl>
@@ -30,9 +31,14 @@ public:
 
     /// A page or whatever else, which may be shown for an hour without asking again.
     void put(const QByteArray& path, const QByteArray& body, const QByteArray& type = "text/html; charset=utf-8") {
-        putAnswer(path, "HTTP/1.1 200 OK\r\nContent-Type: " + type +
-                            "\r\nCache-Control: max-age=3600\r\nContent-Length: " + QByteArray::number(body.size()) +
-                            "\r\nConnection: close\r\n\r\n" + body);
+        putAnswer(path, answerOf(body, type));
+    }
+    /// What the connections wait for that are still open.
+    void answerLate(const QByteArray& type, const QByteArray& body) {
+        for (QTcpSocket* socket : findChildren<QTcpSocket*>()) {
+            socket->write(answerOf(body, type));
+            socket->disconnectFromHost();
+        }
     }
     /// All that comes over the wire. Nothing at all: the connection stays open without an answer.
     void putAnswer(const QByteArray& path, const QByteArray& answer) { m_answers.insert(path, answer); }
@@ -40,9 +46,18 @@ public:
         putAnswer(path, "HTTP/1.1 " + status + "\r\nContent-Length: 0\r\nConnection: close\r\n" + headers + "\r\n");
     }
 
+    /// Ends the connection without an answer.
+    void hangUpOn(const QByteArray& path) { m_hangingUpOn.insert(path); }
+
     [[nodiscard]] qsizetype requestsFor(const QByteArray& path) const { return m_requests.count(path); }
 
 private:
+    static QByteArray answerOf(const QByteArray& body, const QByteArray& type) {
+        return "HTTP/1.1 200 OK\r\nContent-Type: " + type +
+               "\r\nCache-Control: max-age=3600\r\nContent-Length: " + QByteArray::number(body.size()) +
+               "\r\nConnection: close\r\n\r\n" + body;
+    }
+
     void read(QTcpSocket& socket) {
         QByteArray request = socket.property("request").toByteArray() + socket.readAll();
         socket.setProperty("request", request);
@@ -52,6 +67,10 @@ private:
         socket.setProperty("request", QByteArray());
         const QByteArray path = request.split(' ').value(1);
         m_requests.append(path);
+        if (m_hangingUpOn.contains(path)) {
+            socket.disconnectFromHost();
+            return;
+        }
         const QByteArray answer =
             m_answers.value(path, "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
         if (!answer.isEmpty()) {
@@ -61,5 +80,6 @@ private:
     }
 
     QHash<QByteArray, QByteArray> m_answers;
+    QSet<QByteArray> m_hangingUpOn;
     QList<QByteArray> m_requests;
 };

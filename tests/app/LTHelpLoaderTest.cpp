@@ -9,6 +9,7 @@
 #include <QAbstractButton>
 #include <QFile>
 #include <QProgressBar>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QWheelEvent>
 
@@ -58,6 +59,18 @@ protected:
     HelpedApplication application;
 };
 
+/// A program's own window for help, of nothing but a page.
+class OwnHelpLoader : public LTHelpLoader {
+public:
+    OwnHelpLoader() {
+        _window = &m_helpWindow;
+        _textView = new WebView(&m_helpWindow);
+    }
+
+private:
+    NSWindow m_helpWindow{NSMakeRect(0, 0, 500, 400), NSTitledWindowMask, NSBackingStoreBuffered, false};
+};
+
 /// What keeps the browser's engine from being loaded; asked for once in a process.
 class TextHelp : public Help {};
 
@@ -100,6 +113,21 @@ TEST_F(Help, OnlyForgetsWhatWasFetchedWhereThereIsNoLoader) {
     EXPECT_EQ(cleared, 1);
     EXPECT_FALSE(LTHelpLoader::exists());
     EXPECT_THAT(QApplication::topLevelWidgets(), IsEmpty());
+}
+
+TEST_F(Help, DoesNothingWithANibThatHasNoWindow) {
+    LTHelpLoader loader;
+    loader.awakeFromNib();
+    EXPECT_EQ(loader.textView(), nullptr);
+}
+
+TEST_F(Help, NeedsNoMoreOfItsNibThanAWindowAndAPage) {
+    OwnHelpLoader loader;
+    loader.awakeFromNib();
+    const QSignalSpy finished(loader.textView(), &WebView::loadingFinished);
+    loader.textView()->mainFrame().loadRequest(requestFor(QUrl(QStringLiteral("gopher://127.0.0.1/help"))));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return finished.count() == 1; }, patience));
+    EXPECT_FALSE(loader.textView()->isLoading());
 }
 
 TEST_F(HelpWindow, RunsWithTheEngineThatTheEnvironmentSays) {
@@ -218,6 +246,26 @@ TEST_F(HelpWindow, SaysThatAFileIsMissing) {
     EXPECT_THAT(reason(), testing::AnyOf(HasSubstr(std::strerror(ENOENT)), HasSubstr("No such file")));
 }
 
+TEST_F(HelpWindow, SaysThatAResourceOfTheProgramIsMissing) {
+    show(QUrl(QStringLiteral("qrc:/missing.html")));
+    EXPECT_TRUE(isFailureShown());
+    EXPECT_THAT(reason(), testing::AnyOf(HasSubstr(std::strerror(ENOENT)), HasSubstr("No such file")));
+}
+
+TEST_F(HelpWindow, SaysThatNoServerHasTheName) {
+    // One too long to be looked up.
+    show(QUrl(QStringLiteral("http://%1invalid/help").arg(QStringLiteral("a.").repeated(150))));
+    EXPECT_TRUE(isFailureShown());
+    EXPECT_THAT(reason(), testing::AnyOf(HasSubstr("no server of that name"), HasSubstr("not found")));
+}
+
+TEST_F(HelpWindow, SaysThatTheServerHungUp) {
+    server.hangUpOn("/help");
+    show(server.url());
+    EXPECT_TRUE(isFailureShown());
+    EXPECT_THAT(reason(), HasSubstr("closed"));
+}
+
 TEST_F(HelpWindow, FailsForErrorsOfTheServerWithAPageOfTheirOwn) {
     server.putAnswer("/help", "HTTP/1.1 503 Busy\r\nContent-Type: text/html\r\nConnection: close\r\n\r\n<p>Busy</p>");
     show(server.url());
@@ -241,9 +289,8 @@ TEST_F(HelpWindow, GivesUpOnServersThatDoNotAnswer) {
 TEST_F(HelpWindow, FailsForAnswersThatAreNone) {
     server.putAnswer("/help", "\1\2 nonsense \r\n\r\n");
     show(server.url());
-    if (isFailureShown()) {
-        EXPECT_THAT(reason(), Not(IsEmpty()));
-    }
+    EXPECT_TRUE(isFailureShown());
+    EXPECT_EQ(reason(), testsWebEngine() ? "The server's answer makes no sense." : "Connection closed");
     EXPECT_FALSE(view().isLoading());
     // And the next one is shown as if nothing had been.
     server.put("/help", "<p>Sense</p>");
@@ -294,11 +341,14 @@ TEST_F(HelpWindow, GoesBackAndForwardByButtonsKeysAndTheMouse) {
     EXPECT_EQ(text(), QStringLiteral("Second"));
     loads([] { press(Qt::Key_Left, Qt::AltModifier); });
     EXPECT_EQ(text(), QStringLiteral("First"));
-    loads([] {
-        QTest::mouseClick(window().windowHandle(), Qt::ForwardButton, {},
-                          view().mapTo(&window(), view().rect().center()));
-    });
+    loads([] { clickPage(Qt::ForwardButton); });
     EXPECT_EQ(text(), QStringLiteral("Second"));
+    loads([] { clickPage(Qt::BackButton); });
+    EXPECT_EQ(text(), QStringLiteral("First"));
+    loads([] { press(Qt::Key_Forward); });
+    EXPECT_EQ(text(), QStringLiteral("Second"));
+    loads([] { press(Qt::Key_Back); });
+    EXPECT_EQ(text(), QStringLiteral("First"));
 }
 
 TEST_F(HelpWindow, GoesBackFromAPageThatCannotBeShown) {
@@ -324,6 +374,8 @@ TEST_F(HelpWindow, MakesThePageLargerAndSmaller) {
     EXPECT_EQ(view().pageSizeMultiplier(), 1.1);
     press(Qt::Key_0, Qt::ControlModifier);
     EXPECT_EQ(view().pageSizeMultiplier(), 1);
+    press(Qt::Key_Equal, Qt::ControlModifier); // the key with the plus, without Shift
+    EXPECT_EQ(view().pageSizeMultiplier(), 1.1);
     for (int turn = 0; turn < 20; ++turn) {
         part<QAbstractButton>("zoomOut").click();
     }
@@ -356,6 +408,17 @@ TEST_F(HelpWindow, ClosesByEscapeAlsoWhileLoadingAndComesAgain) {
     show(server.url());
     EXPECT_TRUE(window().isVisible());
     EXPECT_EQ(text(), QStringLiteral("Page"));
+}
+
+TEST_F(HelpWindow, ClosesAndReloadsByTheKeysOfBrowsers) {
+    server.put("/help", "<p>Page</p>");
+    show(server.url());
+    loads([] { press(Qt::Key_F5); });
+    EXPECT_EQ(server.requestsFor("/help"), 2);
+    loads([] { press(Qt::Key_R, Qt::ControlModifier); });
+    EXPECT_EQ(server.requestsFor("/help"), 3);
+    press(Qt::Key_W, Qt::ControlModifier);
+    EXPECT_FALSE(window().isVisible());
 }
 
 TEST_F(HelpWindow, GivesTheKeyboardToThePage) {

@@ -58,6 +58,12 @@ TEST(NibDocument, RefusesWhatFollowsTheForm) {
     EXPECT_FALSE(NibDocument::read(form + form).fault.isNull());
 }
 
+TEST(NibDocument, RefusesAttributesThatAnElementDoesNotHave) {
+    const QByteArray content("<ui version=\"4.0\"><widget class=\"QWidget\" colour=\"red\"/></ui>");
+    EXPECT_THAT(NibDocument::read(content).fault.toStdString(),
+                HasSubstr("an element \"widget\" has an attribute \"colour\""));
+}
+
 TEST(NibDocument, RefusesEntitiesThatGrow) {
     QByteArray content("<!DOCTYPE ui [<!ENTITY a \"aaaaaaaaaaaaaaaa\">");
     for (char name = 'b'; name < 'k'; ++name) {

@@ -97,6 +97,22 @@ TEST_F(NSNibTest, LogsOutletsThatCannotBeConnected) {
     EXPECT_NE(owner.second, nullptr);
 }
 
+TEST_F(NSNibTest, HasNoObjectForAnOutletWithoutAName) {
+    OneOutlet<NSView> owner{QString()};
+    EXPECT_THAT(faultsOf(QStringLiteral("View"), owner),
+                ElementsAre(HasSubstr(":/nibs/View.ui: there is no object \"\" for the outlet")));
+    EXPECT_EQ(owner.object, nullptr);
+}
+
+TEST_F(NSNibTest, MakesAWindowOfTheUsualStyleWhereThatOfTheFileIsNone) {
+    OneOutlet<NSWindow> owner(QStringLiteral("window"));
+    EXPECT_THAT(faultsOf(QStringLiteral("Style"), owner),
+                ElementsAre(HasSubstr(":/nibs/Style.ui: \"NSRoundWindowMask\" is no style mask")));
+    ASSERT_NE(owner.object, nullptr);
+    EXPECT_EQ(owner.object->styleMask(),
+              NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask | NSResizableWindowMask);
+}
+
 TEST_F(NSNibTest, LogsAnActionOfWhatSendsNone) {
     class Owner : public NSNibOwner {
     public:
@@ -119,6 +135,8 @@ TEST_F(NSNibTest, OutlastsPropertiesOfWrongTypes) {
                                      fault("\"Sideways\" is no value of the property \"cursor\""),
                                      fault("\"Wide\" is no value of the property \"hsizetype\""),
                                      fault("\"High\" is no value of the property \"vsizetype\""),
+                                     fault("\"Nose\" is no value of the property \"role\""),
+                                     fault("\"Hairy\" is no value of the property \"brushstyle\""),
                                      fault("the layout class AcmeLayout is not known"),
                                      fault("\"QLayout::Whatever\" is no value of the property \"sizeConstraint\"")));
     ASSERT_NE(owner.object, nullptr);

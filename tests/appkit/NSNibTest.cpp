@@ -1,7 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "NSNibTestSupport.h"
 
+#include <VXKit/platform/appkit/NSImageView.h>
+#include <VXKit/platform/graphics/NSImage.h>
+
 #include <QAbstractButton>
+#include <QBrush>
+#include <QCursor>
+#include <QPalette>
+#include <QTabWidget>
 
 #include <functional>
 #include <memory>
@@ -68,6 +75,20 @@ TEST_F(NSNibTest, SetsDesignersPropertiesOfTheKitsClasses) {
     EXPECT_EQ(owner.label->stringValue(), QStringLiteral("Name"));
     EXPECT_EQ(owner.line->alignment(), Qt::AlignRight | Qt::AlignVCenter);
     EXPECT_EQ(owner.choice->count(), 2);
+}
+
+TEST_F(NSNibTest, SetsCursorsPalettesPicturesAndPropertiesThatAClassDoesNotHave) {
+    OneOutlet<NSView> owner(QStringLiteral("_view"));
+    load(QStringLiteral("Looks"), owner);
+    ASSERT_NE(owner.object, nullptr);
+    EXPECT_EQ(owner.object->cursor().shape(), Qt::PointingHandCursor);
+    const QBrush text = owner.object->palette().brush(QPalette::Active, QPalette::WindowText);
+    EXPECT_EQ(text, QBrush(QColor(10, 20, 30), Qt::Dense4Pattern));
+    EXPECT_EQ(owner.object->property("mood").toString(), QStringLiteral("Acme::Calm"));
+    const auto* picture = owner.object->findChild<NSImageView*>(QStringLiteral("picture"));
+    ASSERT_NE(picture, nullptr);
+    ASSERT_NE(picture->image(), nullptr);
+    EXPECT_EQ(picture->image(), NSImage::imageNamed(QStringLiteral("Pin")));
 }
 
 TEST_F(NSNibTest, MakesAWindowOfTheStyleAndSizesInTheFile) {
@@ -160,6 +181,22 @@ TEST_F(NSNibTest, KeepsTheSpringsOfViewsInAPageThatGetsItsSizeLate) {
     ViewCore::of(onPage)->setAutoresizingMask(NSViewMaxYMargin);
     page->resize(page->width(), page->height() + 30);
     EXPECT_EQ(onPage->geometry(), QRect(5, 36, 70, 20));
+}
+
+TEST_F(NSNibTest, KeepsPlacesAndSpringsOfViewsInAPageThatIsShownLater) {
+    OneOutlet<NSWindow> owner(QStringLiteral("window"));
+    load(QStringLiteral("Layouts"), owner);
+    show(*owner.object);
+    auto* tabs = owner.object->findChild<QTabWidget*>(QStringLiteral("tabs"));
+    auto* page = owner.object->findChild<QWidget*>(QStringLiteral("otherPage"));
+    auto* onPage = owner.object->findChild<QWidget*>(QStringLiteral("onOtherPage"));
+    ASSERT_TRUE(tabs && page && onPage);
+    tabs->setCurrentWidget(page);
+    settle();
+    EXPECT_EQ(frameOf(onPage), NSMakeRect(5, page->height() - 26, 70, 20));
+    EXPECT_EQ(onPage->geometry(), QRect(5, 6, 70, 20));
+    page->resize(page->width(), page->height() + 30);
+    EXPECT_EQ(onPage->geometry(), QRect(5, 36, 70, 20)) << "as far from the bottom as before";
 }
 
 TEST_F(NSNibTest, SendsTheActionsOfItsControlsToTheOwner) {

@@ -231,6 +231,21 @@ TEST_F(NSScrollerTest, DrawsItsKnobWhereItIs) {
     EXPECT_GT(difference(look(), atTop), 10);
 }
 
+TEST_F(NSScrollerTest, DrawsItsSlotAloneWhereItHasNoKnob) {
+    NSScroller& scroller = add(NSMakeRect(0, 0, 15, 157), 100, 100);
+    const auto look = [&] { return scroller.grab().toImage(); };
+    const auto topOf = [](const QImage& image) { return image.copy(0, 0, image.width(), image.height() * 2 / 5); };
+    const auto bottomOf = [](const QImage& image) {
+        return image.copy(0, image.height() * 3 / 5, image.width(), image.height() * 2 / 5);
+    };
+    const QImage atTop = look();
+    scroller.setValue(100);
+    const QImage atBottom = look();
+    scroller.setMaximum(0);
+    EXPECT_EQ(topOf(look()), topOf(atBottom));
+    EXPECT_EQ(bottomOf(look()), bottomOf(atTop));
+}
+
 TEST_F(NSScrollerTest, DrawsTheBackgroundOfItsWindowInPlaceOfWhatIsThere) {
     auto pattern = NSImage::initWithSize(NSMakeSize(8, 8));
     pattern->lockFocus(1);

@@ -4,6 +4,7 @@
 #include <tests/graphics/GraphicsTestSupport.h>
 
 #include <QAbstractTableModel>
+#include <QPalette>
 #include <QScrollBar>
 #include <QStandardItemModel>
 #include <QStyledItemDelegate>
@@ -160,6 +161,44 @@ TEST_F(NSTableViewTest, TakesColourAndAlignmentFromTheModel) {
     EXPECT_GT(inked.left(), 150);
     EXPECT_GT(bluest, 200);
     EXPECT_EQ(table.textCell().textColor(), NSTableView().textCell().textColor()) << "the cell is as it was";
+}
+
+TEST_F(NSTableViewTest, CentresTextWhereTheModelSaysSo) {
+    ColoredTable& table = add();
+    table.colors = {NSColor::whiteColor()};
+    QStandardItemModel model(1, 1);
+    table.setModel(&model);
+    table.setColumnWidth(0, 200);
+    model.setData(model.index(0, 0), QStringLiteral("Word"));
+    model.setData(model.index(0, 0), int(Qt::AlignHCenter), Qt::TextAlignmentRole);
+    const QImage image = look(table);
+    QRect inked;
+    for (int y = 0; y < 20; ++y) {
+        for (int x = 0; x < 200; ++x) {
+            if (image.pixelColor(x, y) != Qt::white) {
+                inked |= QRect(x, y, 1, 1);
+            }
+        }
+    }
+    ASSERT_FALSE(inked.isNull());
+    EXPECT_NEAR(inked.center().x(), 100, 3);
+}
+
+TEST_F(NSTableViewTest, HasTheColoursOfThePaletteUnlessASubclassHasItsOwn) {
+    NSTableView table(NSMakeRect(10, 10, 240, 160));
+    QPalette palette;
+    palette.setColor(QPalette::Base, QColor::fromRgb(red));
+    palette.setColor(QPalette::AlternateBase, QColor::fromRgb(green));
+    palette.setColor(QPalette::Highlight, QColor::fromRgb(blue));
+    table.setPalette(palette);
+    table.setUsesAlternatingRowBackgroundColors(true);
+    QStandardItemModel model(3, 1);
+    table.setModel(&model);
+    table.selectRow(2);
+    const QImage image = look(table);
+    EXPECT_EQ(image.pixel(200, 10), red);
+    EXPECT_EQ(image.pixel(200, 30), green);
+    EXPECT_EQ(image.pixel(200, 50), blue);
 }
 
 TEST_F(NSTableViewTest, LeavesCellsToADelegateOfTheHosts) {

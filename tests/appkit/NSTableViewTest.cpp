@@ -8,6 +8,7 @@
 #include <QHeaderView>
 #include <QStandardItemModel>
 
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <memory>
@@ -249,4 +250,62 @@ TEST_F(NSTableViewTest, IsATableWithCheckBoxesForAScreenReader) {
     EXPECT_FALSE(cells->cellAt(1, 1)->state().checkable);
     table.selectRow(1);
     EXPECT_TRUE(cells->cellAt(1, 1)->state().selected);
+}
+
+TEST_F(NSTableViewTest, TakesACheckFromItsModel) {
+    ColoredTable& table = addPeople();
+    QAbstractItemModel& model = *table.model();
+    EXPECT_TRUE(model.setData(model.index(1, 0), Qt::Checked, Qt::CheckStateRole));
+    EXPECT_EQ(member(1), 1);
+    EXPECT_TRUE(model.setData(model.index(1, 0), Qt::Unchecked, Qt::CheckStateRole));
+    EXPECT_EQ(member(1), 0);
+    EXPECT_FALSE(model.setData(model.index(1, 0), QStringLiteral("1"), Qt::EditRole));
+    EXPECT_FALSE(model.setData(model.index(1, 1), Qt::Checked, Qt::CheckStateRole)) << "a column of text";
+    EXPECT_EQ(names(table)[1], QStringLiteral("anton"));
+    const QModelIndex last = model.index(2, 0);
+    controller.removeObjectAtArrangedObjectIndex(2);
+    EXPECT_FALSE(model.setData(last, Qt::Checked, Qt::CheckStateRole)) << "a row that is gone";
+}
+
+TEST_F(NSTableViewTest, HasNothingToShowForARowThatIsGone) {
+    const NSTableView& table = addPeople();
+    const QModelIndex name = table.model()->index(2, 1);
+    ASSERT_EQ(name.data().toString(), QStringLiteral("Berta"));
+    controller.removeObjectAtArrangedObjectIndex(2);
+    EXPECT_FALSE(name.data().isValid());
+    EXPECT_FALSE(table.model()->data(QModelIndex()).isValid());
+}
+
+TEST_F(NSTableViewTest, MakesAColumnAsWideAsItsWidestText) {
+    ColoredTable& table = addPeople();
+    controller.setValue("A name far longer than the title above it", "name", 1);
+    show(window);
+    table.resizeColumnToContents(1);
+    EXPECT_EQ(table.columnWidth(1), std::ceil(table.preparedCellAtColumn(1, 1)->cellSize().width));
+}
+
+TEST_F(NSTableViewTest, HandsTheNumberOfARowToACellOfAnotherKind) {
+    class LevelCell : public NSCell {
+    public:
+        int intValue() const override { return level; }
+        void setIntValue(int value) override { level = value; }
+        NSSize cellSize() const override { return {10, 10}; }
+        void drawWithFrame(const NSRect& /*cellFrame*/, ViewCore& /*controlView*/) override {}
+
+        int level = 0;
+    };
+    ColoredTable& table = addPeople();
+    table.setDataCell(2, std::make_unique<LevelCell>());
+    EXPECT_EQ(table.preparedCellAtColumn(2, 0), &table.dataCell(2));
+    EXPECT_EQ(table.dataCell(2).intValue(), 31);
+    EXPECT_EQ(table.preparedCellAtColumn(2, 2)->intValue(), 100);
+}
+
+TEST_F(NSTableViewTest, TakesTheNumberThatTheTextOfACellBeginsWith) {
+    NSTextFieldCell cell;
+    EXPECT_EQ(cell.intValue(), 0);
+    cell.setStringValue(QStringLiteral("12 pieces"));
+    EXPECT_EQ(cell.intValue(), 12);
+    cell.setIntValue(-7);
+    EXPECT_EQ(cell.stringValue(), QStringLiteral("-7"));
 }

@@ -7,9 +7,12 @@
 #include <tests/graphics/GraphicsTestSupport.h>
 
 #include <QAccessible>
+#include <QAction>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QHelpEvent>
 #include <QImage>
+#include <QPointer>
 #include <QTest>
 #include <QToolTip>
 #include <QWindow>
@@ -95,6 +98,7 @@ TEST_F(NSTextFieldTest, AnswersWhatWasSet) {
     EXPECT_EQ(field.stringValue(), QStringLiteral("<b>&Bold</b>"));
     EXPECT_EQ(field.font(), smallFont);
     EXPECT_EQ(field.textColor(), NSColor::whiteColor());
+    EXPECT_EQ(field.property("textColor").value<QColor>(), QColor(Qt::white)) << "as a form has it";
 }
 
 TEST_F(NSTextFieldTest, TellsTheSizeThatNothingLimits) {
@@ -301,6 +305,53 @@ TEST_F(NSTextFieldTest, SelectsAndCopiesWithTheKeyboard) {
     EXPECT_EQ(window.unused, (std::vector<std::string>{"keyDown"})) << "other keys are not for it";
     window.makeFirstResponder(nullptr);
     EXPECT_EQ(field.selectedText(), QString()) << "ends with the keyboard";
+}
+
+TEST_F(NSTextFieldTest, SelectsByWordsLinesAndToTheEndsWithTheKeyboard) {
+    field.setStringValue(QStringLiteral("one two\nthree four\nfive"));
+    field.setSelectable(true);
+    show(window);
+    const int secondLine = static_cast<int>(std::lround(lineHeight(smallFont) * 1.5));
+    const auto x = [](const char* before) {
+        return static_cast<int>(
+            std::lround(sizeWithAttributes(QString::fromLatin1(before), attributesOf(smallFont)).width));
+    };
+    click(QPoint(x("three fo"), secondLine));
+    press(Qt::Key_Left, Qt::ShiftModifier | Qt::ControlModifier);
+    EXPECT_EQ(field.selectedText(), QStringLiteral("fo"));
+    press(Qt::Key_Left, Qt::ShiftModifier | Qt::ControlModifier);
+    EXPECT_EQ(field.selectedText(), QStringLiteral("three fo"));
+    press(Qt::Key_End, Qt::ShiftModifier);
+    EXPECT_EQ(field.selectedText(), QStringLiteral("ur"));
+    press(Qt::Key_Home, Qt::ShiftModifier);
+    EXPECT_EQ(field.selectedText(), QStringLiteral("three fo"));
+    press(Qt::Key_Home, Qt::ShiftModifier | Qt::ControlModifier);
+    EXPECT_EQ(field.selectedText(), QStringLiteral("one two\nthree fo"));
+    press(Qt::Key_End, Qt::ShiftModifier | Qt::ControlModifier);
+    EXPECT_EQ(field.selectedText(), QStringLiteral("ur\nfive"));
+}
+
+TEST_F(NSTextFieldTest, LeavesTheContextMenuToWhatIsAroundUnlessItIsSelectable) {
+    field.setStringValue(pangram);
+    show(window);
+    const QPoint place(20, 6);
+    const auto isTaken = [&] {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, place, field.mapToGlobal(place));
+        QCoreApplication::sendEvent(&field, &event);
+        return event.isAccepted();
+    };
+    EXPECT_FALSE(isTaken());
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    field.setSelectable(true);
+    EXPECT_TRUE(isTaken());
+    const QPointer<QWidget> menu = QApplication::activePopupWidget();
+    ASSERT_NE(menu, nullptr);
+    ASSERT_EQ(menu->actions().size(), 3);
+    EXPECT_FALSE(menu->actions().front()->isEnabled()) << "nothing to copy";
+    menu->actions().back()->trigger();
+    EXPECT_EQ(field.selectedText(), pangram);
+    menu->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !menu; }));
 }
 
 TEST_F(NSTextFieldTest, CopiesWhatItsEllipsisStandsFor) {

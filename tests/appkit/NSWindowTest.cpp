@@ -297,7 +297,9 @@ TEST_F(NSWindowTest, FloatsAtLevelsThatGoByNumbers) {
     EXPECT_EQ(CGWindowLevelForKey(10), 8);
     EXPECT_EQ(CGWindowLevelForKey(kCGNormalWindowLevelKey), 0);
     EXPECT_EQ(CGWindowLevelForKey(kCGFloatingWindowLevelKey), 3);
+    EXPECT_EQ(CGWindowLevelForKey(kCGMainMenuWindowLevelKey), 24);
     EXPECT_EQ(CGWindowLevelForKey(kCGStatusWindowLevelKey), 25);
+    EXPECT_EQ(CGWindowLevelForKey(kCGPopUpMenuWindowLevelKey), 101);
     EXPECT_EQ(CGWindowLevelForKey(-17), 0) << "a number without a level";
 }
 

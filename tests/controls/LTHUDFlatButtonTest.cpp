@@ -124,3 +124,12 @@ TEST_F(LTHUDFlatButtonTest, ShowsARingInsideItsFrameWhileItHasTheKeyboard) {
     EXPECT_EQ(greyAt(pictureOf(button, 1), 2, 12), fillGrey);
     EXPECT_LE(greyAt(pictureOf(button, 1), 0, 12), panelColor.red());
 }
+
+TEST_F(LTHUDFlatButtonTest, ShowsNoRingWhereThereIsNoRoomForOne) {
+    auto& button = add<LTHUDFlatButton>(NSMakeRect(10, 10, 1, 1));
+    show(window);
+    const QImage before = pictureOf(button, 2);
+    button.setFocus(Qt::BacktabFocusReason);
+    ASSERT_TRUE(button.showsFirstResponder());
+    EXPECT_EQ(pictureOf(button, 2), before);
+}

@@ -4,6 +4,7 @@
 
 #include <QAccessible>
 #include <QAction>
+#include <QContextMenuEvent>
 #include <QDropEvent>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
@@ -44,7 +45,10 @@ protected:
     }
     void pasteByMenu() {
         const std::unique_ptr<QMenu> menu(this->field.createStandardContextMenu());
-        const QList<QAction*> actions = menu->actions();
+        paste(*menu);
+    }
+    static void paste(const QWidget& menu) {
+        const QList<QAction*> actions = menu.actions();
         const auto found = std::find_if(actions.begin(), actions.end(), [](const QAction* action) {
             return action->text().contains(QStringLiteral("Paste"));
         });
@@ -231,6 +235,37 @@ TYPED_TEST(HUDFields, HaveASpaceForEachLineBreakByEveryWayIn) {
         EXPECT_EQ(this->field.stringValue(), line) << name;
         EXPECT_EQ(this->field.cursorPosition(), line.size()) << name;
     }
+}
+
+TYPED_TEST(HUDFields, TakeWhatIsDroppedAsItIs) {
+    this->showFocused();
+    this->drop(QStringLiteral("a  b"));
+    EXPECT_EQ(this->field.stringValue(), QStringLiteral("a  b"));
+}
+
+TYPED_TEST(HUDFields, PasteNothingWhereTheDesktopHasNoSelection) {
+    if (QGuiApplication::clipboard()->supportsSelection()) {
+        GTEST_SKIP() << "this platform has one";
+    }
+    this->showFocused();
+    this->copyToClipboard(QStringLiteral("x"));
+    this->field.setStringValue(QStringLiteral("kept"));
+    this->field.pasteFromClipboard(QClipboard::Selection);
+    EXPECT_EQ(this->field.stringValue(), QStringLiteral("kept"));
+}
+
+TYPED_TEST(HUDFields, PasteByTheMenuThatTheyOpen) {
+    this->showFocused();
+    this->copyToClipboard(QStringLiteral("x\ny"));
+    const QPoint place(100, 11);
+    QContextMenuEvent event(QContextMenuEvent::Mouse, place, this->field.mapToGlobal(place));
+    QCoreApplication::sendEvent(&this->field, &event);
+    const QPointer<QWidget> menu = QApplication::activePopupWidget();
+    ASSERT_NE(menu, nullptr);
+    this->paste(*menu);
+    EXPECT_EQ(this->field.stringValue(), QStringLiteral("x y"));
+    menu->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !menu; }));
 }
 
 TYPED_TEST(HUDFields, TellOfOneChangeForAPaste) {

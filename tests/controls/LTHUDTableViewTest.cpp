@@ -161,6 +161,20 @@ TEST_F(LTHUDTableViewTest, ShowsButtonCellsUnchangedWithoutADataSource) {
     EXPECT_EQ(cellOf(table, 1).realValue(), 1);
 }
 
+TEST_F(LTHUDTableViewTest, ChecksItsModelWithoutADataSource) {
+    LTHUDTableView table(NSMakeRect(0, 0, 200, 100));
+    QStandardItemModel model(1, 1);
+    model.setItem(0, 0, new QStandardItem);
+    model.item(0)->setCheckable(true);
+    table.setModel(&model);
+    table.setDataCell(0, std::make_unique<LTHUDCheckBoxCell>());
+    table.performClickOnCellAtColumn(0, 0);
+    EXPECT_EQ(model.item(0)->checkState(), Qt::Checked);
+    EXPECT_EQ(cellOf(table, 0).realValue(), 1);
+    table.performClickOnCellAtColumn(0, 0);
+    EXPECT_EQ(model.item(0)->checkState(), Qt::Unchecked);
+}
+
 TEST_F(LTHUDTableViewTest, AsksItsDataSourceBesideAModelOfTheHosts) {
     LTHUDTableView table(NSMakeRect(0, 0, 200, 100));
     QStandardItemModel model(3, 1);

@@ -456,6 +456,28 @@ TEST_F(LTPreferenceTabsTest, AccessibilityPressesATabAndGivesItTheKeyboard) {
     EXPECT_TRUE(tab(2).hasFocus());
 }
 
+TEST_F(LTPreferenceTabsTest, TellsAccessibilityTheKeysThatPressATab) {
+    tabs->setTabNames({QStringLiteral("&General"), QStringLiteral("Accounts")});
+    const auto keysOf = [this](std::size_t index, const QString& name) {
+        return QAccessible::queryAccessibleInterface(&tab(index))->actionInterface()->keyBindingsForAction(name);
+    };
+    EXPECT_EQ(keysOf(0, QAccessibleActionInterface::pressAction()), QStringList{QStringLiteral("Alt+G")});
+    EXPECT_EQ(keysOf(0, QAccessibleActionInterface::setFocusAction()), QStringList());
+    EXPECT_EQ(keysOf(1, QAccessibleActionInterface::pressAction()), QStringList()) << "without a mnemonic";
+}
+
+TEST_F(LTPreferenceTabsTest, LeavesTheKeysOfATabThatIsTakenOutOfTheRow) {
+    setUpThree();
+    _LTPrefTab& taken = tab(2);
+    window.content().addSubview(&taken);
+    show(window);
+    taken.setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Home);
+    EXPECT_TRUE(taken.hasFocus());
+    EXPECT_THAT(selections(), ElementsAre(true, false));
+    EXPECT_THAT(window.unused, ElementsAre("keyDown"));
+}
+
 TEST_F(LTPreferenceTabsTest, ChoosesWithoutMotionWhereThereIsToBeNone) {
     const AnimationDurationsForTesting none(0);
     setUpThree();

@@ -65,7 +65,7 @@ Qt::ItemFlags NSTableView::ArrangedObjectsModel::flags(const QModelIndex& index)
 }
 
 bool NSTableView::ArrangedObjectsModel::setData(const QModelIndex& index, const QVariant& value, int role) {
-    if (role != Qt::CheckStateRole || !m_source || !index.isValid()) {
+    if (role != Qt::CheckStateRole || !m_source || !index.isValid() || !m_table.isOfButtonCell(index.column())) {
         return false;
     }
     return m_source->setValue(value.toInt() == Qt::Unchecked ? 0 : 1, identifier(index.column()),

@@ -140,13 +140,21 @@ void WebTextEngine::goForward() {
 void WebTextEngine::visit(int index) {
     const QUrl url = m_visits[static_cast<std::size_t>(index)].url;
     if (url.matches(m_url, QUrl::RemoveFragment)) {
-        abandon();
+        // Another page that is on its way is not wanted any more; the pictures of this one are.
+        const bool isOtherOnItsWay = m_isLoading && m_fetching.isEmpty();
+        if (isOtherOnItsWay) {
+            abandon();
+            m_isLoading = false;
+        }
         m_visits[static_cast<std::size_t>(m_current)].scrolled = m_page->verticalScrollBar()->value();
         m_current = index;
         m_url = url;
+        m_request.url = url;
+        m_request.visit = index;
+        m_request.isNew = false;
         restoreScroll();
         Q_EMIT historyChanged();
-        if (std::exchange(m_isLoading, false)) {
+        if (isOtherOnItsWay) {
             Q_EMIT loadingFinished({}, m_url);
         }
         return;

@@ -35,6 +35,7 @@ constexpr int connectingTimedOut = -118;
 constexpr int tooManyRedirects = -310;
 constexpr int emptyResponse = -324;
 constexpr int invalidResponse = -320;
+constexpr int noHttpResponse = -370;
 
 /// Gives a program's own pages a plain look beneath what they say of themselves. Pages of the web are left alone.
 constexpr const char* lookOfLocalPages = R"(
@@ -81,6 +82,7 @@ QString reasonOf(const QWebEngineLoadingInfo& info) {
     case tooManyRedirects:
         return WebPageEngine::tr("The server sends from one address to the next without an end.");
     case invalidResponse:
+    case noHttpResponse:
         return WebPageEngine::tr("The server's answer makes no sense.");
     default:
         break;
@@ -353,6 +355,10 @@ void WebPageEngine::loadingHasChanged(const QWebEngineLoadingInfo& info) {
 /// Files that the engine does not show are the browser's, which can keep them.
 void WebPageEngine::download(const QWebEngineDownloadRequest& request) {
     Q_EMIT leavingFor(request.url());
+    // It is told of after the load has been broken off, and may have been taken for one that was stopped.
+    if (!m_isLoading && m_hasFailed && !m_hasPage) {
+        begin(m_requested);
+    }
     if (m_isLoading) {
         end(m_hasPage ? QString() : tr("There is no page, but a file of the type “%1”.").arg(request.mimeType()));
     }
