@@ -2,6 +2,7 @@
 #include <VXKit/support/VXCrashRecord.h>
 
 #include <VXKit/support/VXCrashRecording.h>
+#include <VXKit/support/VXExceptionReporter.h>
 
 #include "ChildProgram.h"
 
@@ -417,4 +418,14 @@ TEST_F(CrashRecord, PutsBackTheHandlersThatWereThereBefore) {
     ::sigaction(SIGSEGV, nullptr, &after);
     EXPECT_EQ(after.sa_sigaction, before.sa_sigaction);
     EXPECT_EQ(std::get_terminate(), terminate);
+}
+
+TEST(CrashRecording, GoesOnWhereNothingCanBeRecorded) {
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("file")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    testing::internal::CaptureStderr();
+    VXReportCrashes(file.fileName() + QStringLiteral("/Crashes"));
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_NE(told.find("Crashes are not recorded: "), std::string::npos) << told;
 }

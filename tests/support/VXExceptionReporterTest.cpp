@@ -13,7 +13,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPalette>
@@ -431,15 +430,6 @@ TEST_F(ExceptionReporter, ShowsExceptionsOfEveryClass) {
     EXPECT_EQ(standard.name(), QStringLiteral("std::out_of_range"));
     EXPECT_EQ(standard.reason(), QStringLiteral("too far"));
     EXPECT_EQ(reportedOf([] { throw 42; }).name(), QStringLiteral("int"));
-}
-
-TEST_F(ExceptionReporter, GoesOnWhereCrashesCannotBeRecorded) {
-    const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("file")));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    testing::internal::CaptureStderr();
-    VXReportCrashes(file.fileName() + QStringLiteral("/Crashes"));
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("Crashes are not recorded: "));
 }
 
 TEST_F(ExceptionReporter, ShowsWhatAnotherThreadsEventLoopThrewOnTheMainThread) {
