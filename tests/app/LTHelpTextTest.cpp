@@ -308,7 +308,7 @@ TEST_F(TextHelpWindow, KeepsItsPlaceInThePageWhenTheSizeChanges) {
     bar.setValue(before / 2);
     view().zoomPageIn();
     EXPECT_GT(bar.maximum(), before);
-    EXPECT_NEAR(bar.value(), bar.maximum() / 2, 2);
+    EXPECT_NEAR(bar.value(), bar.maximum() / 2.0, 2);
 }
 
 TEST_F(TextHelpWindow, MakesPicturesLargerWithTheText) {
