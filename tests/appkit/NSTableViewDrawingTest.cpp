@@ -18,6 +18,31 @@
 
 namespace {
 
+/// A word on white, in a column of 200 points.
+class OneWord : public QStandardItemModel {
+public:
+    OneWord() : QStandardItemModel(1, 1) { setData(index(0, 0), QStringLiteral("Word")); }
+
+    void showIn(ColoredTable& table) {
+        table.colors = {NSColor::whiteColor()};
+        table.setModel(this);
+        table.setColumnWidth(0, 200);
+    }
+};
+
+/// Where the first row of such a table is not white.
+QRect inkedInFirstRow(const QImage& image) {
+    QRect inked;
+    for (int y = 0; y < 20; ++y) {
+        for (int x = 0; x < 200; ++x) {
+            if (image.pixelColor(x, y) != Qt::white) {
+                inked |= QRect(x, y, 1, 1);
+            }
+        }
+    }
+    return inked;
+}
+
 /// A great many rows, which counts what it is asked.
 class CountedModel : public QAbstractTableModel {
 public:
@@ -139,23 +164,17 @@ TEST_F(NSTableViewTest, ShortensTextThatIsTooLongAndPutsItOnOneLine) {
 
 TEST_F(NSTableViewTest, TakesColourAndAlignmentFromTheModel) {
     ColoredTable& table = add();
-    table.colors = {NSColor::whiteColor()};
-    QStandardItemModel model(1, 1);
-    table.setModel(&model);
-    table.setColumnWidth(0, 200);
-    model.setData(model.index(0, 0), QStringLiteral("Word"));
+    OneWord model;
+    model.showIn(table);
     model.setData(model.index(0, 0), QBrush(Qt::blue), Qt::ForegroundRole);
     model.setData(model.index(0, 0), int(Qt::AlignRight | Qt::AlignVCenter), Qt::TextAlignmentRole);
     const QImage image = look(table);
-    QRect inked;
+    const QRect inked = inkedInFirstRow(image);
     int bluest = 0;
-    for (int y = 0; y < 20; ++y) {
-        for (int x = 0; x < 200; ++x) {
+    for (int y = inked.top(); y <= inked.bottom(); ++y) {
+        for (int x = inked.left(); x <= inked.right(); ++x) {
             const QColor color = image.pixelColor(x, y);
-            if (color != Qt::white) {
-                inked |= QRect(x, y, 1, 1);
-                bluest = std::max(bluest, color.blue() - color.red());
-            }
+            bluest = std::max(bluest, color.blue() - color.red());
         }
     }
     EXPECT_GT(inked.left(), 150);
@@ -165,21 +184,10 @@ TEST_F(NSTableViewTest, TakesColourAndAlignmentFromTheModel) {
 
 TEST_F(NSTableViewTest, CentresTextWhereTheModelSaysSo) {
     ColoredTable& table = add();
-    table.colors = {NSColor::whiteColor()};
-    QStandardItemModel model(1, 1);
-    table.setModel(&model);
-    table.setColumnWidth(0, 200);
-    model.setData(model.index(0, 0), QStringLiteral("Word"));
+    OneWord model;
+    model.showIn(table);
     model.setData(model.index(0, 0), int(Qt::AlignHCenter), Qt::TextAlignmentRole);
-    const QImage image = look(table);
-    QRect inked;
-    for (int y = 0; y < 20; ++y) {
-        for (int x = 0; x < 200; ++x) {
-            if (image.pixelColor(x, y) != Qt::white) {
-                inked |= QRect(x, y, 1, 1);
-            }
-        }
-    }
+    const QRect inked = inkedInFirstRow(look(table));
     ASSERT_FALSE(inked.isNull());
     EXPECT_NEAR(inked.center().x(), 100, 3);
 }
